@@ -1,0 +1,177 @@
+// Building the screen around the counter body, and the trips to and from the background.
+#include <cmath>
+#include <limits>
+
+#include "counter/ZellickViewController.h"
+#include "internal.h"
+
+namespace zellick {
+
+using detail::wrapAdd;
+
+namespace {
+
+constexpr double kRedrawDelay = 0.5;
+constexpr double kTick = 1.0;
+constexpr const char* kLabelFont = "TradeGothicLTCom-BdCn20";
+constexpr double kLabelFontSize = 17.0;
+
+std::string rectString(const Rect& r) {
+  return format("{{%g, %g}, {%g, %g}}", r.x, r.y, r.w, r.h);
+}
+
+}  // namespace
+
+void ZellickViewController::viewDidLoad() {
+  buttonId = 1;
+  total = totalA = totalB = totalC = 0;
+  tap = 1;
+  IsMinusClicked = false;
+  IsResetClicked = false;
+  Ahh = Amm = Ass = Bhh = Bmm = Bss = Chh = Cmm = Css = 0;
+  hh = Ahh;
+  mm = Amm;
+  ss = Ass;
+  LabelTimer->setMultipleTouchEnabled(true);
+  ButtonB->setImage("b-up.png");
+  ButtonC->setImage("c-up.png");
+  totalForAvgA = totalForAvgB = totalForAvgC = 0;
+  isStartedTimerA = isStartedTimerB = isStartedTimerC = 0;
+  LabelAvg->setTextColor(Color::Gray);
+  LabelTimer->setTextColor(Color::Gray);
+  LabelAvg->setFont({kLabelFont, kLabelFontSize});
+  LabelTimer->setFont({kLabelFont, kLabelFontSize});
+  log("ScreenWidth = " + rectString(view_->bounds()));
+  log("Frame = " + rectString(baseImageView->frame()));
+
+  const Rect body = baseImageView->frame();
+  backgroundLeftGap = body.x;
+  backgroundTopGap = body.y;
+  backgroundWidth = body.w;
+  backgroundHeight = body.h;
+  initialPositionOfNumbers = backgroundHeight / 2.43 + backgroundTopGap;
+  const double L = backgroundLeftGap, T = backgroundTopGap;
+  const double W = backgroundWidth, H = backgroundHeight;
+
+  // The band below is as tall as the band above, which keeps the body centred.
+  const double width = view_->bounds().w;
+  view_->addColorView({0, 0, width, T}, Color::Black);
+  view_->addColorView({0, T + H, width, T}, Color::Black);
+
+  ButtonAdd->setCenter({L + W * 0.5, T + H / 1.184});
+  ButtonMinus->setCenter({L + W / 6.0, T + H / 1.112});
+  ButtonReset->setCenter({L + W / 1.302, T + H / 4.6});
+  ButtonC->setCenter({L + W / 2.18, T + H / 4.7});
+  ButtonB->setCenter({L + W / 3.0, T + H / 4.7});
+  ButtonA->setCenter({L + W / 4.8, T + H / 4.7});
+  ButtonInfo->setCenter({L + W / 6.0, T + H / 9.7});
+  LabelTimer->setCenter({L + W * 0.5, T + H / 9.7});
+  LabelAvg->setCenter({L + W / 1.33, T + H / 9.7});
+
+  ImageView* wheels[] = {ImageView1, ImageView2, ImageView3, ImageView4};
+  for (int i = 0; i < 4; ++i) {
+    Rect f = wheels[i]->frame();
+    f.x = L + W / 5.0 + i * (W / 6.2);
+    f.y = initialPositionOfNumbers;
+    wheels[i]->setFrame(f);
+  }
+
+  std::weak_ptr<bool> alive = alive_;
+  services_.notifications.addObserver(kWillResignActive, [this, alive] {
+    if (alive.lock()) applicationWillResignActive();
+  });
+  services_.notifications.addObserver(kDidBecomeActive, [this, alive] {
+    if (alive.lock()) applicationDidBecomeActive();
+  });
+}
+
+void ZellickViewController::viewWillAppear(bool) {
+  // There is no navigation bar to hide on this screen.
+}
+
+bool ZellickViewController::shouldAutorotateToInterfaceOrientation(
+    InterfaceOrientation orientation) const {
+  return orientation == InterfaceOrientation::Portrait;
+}
+
+void ZellickViewController::applicationWillResignActive() {
+  log("App resign active");
+  SaveUserSettings();
+  // The isStartedTimer flags stay, so running clocks are saved as running.
+  for (TimerRef* tick : {&TimerForLabelA, &TimerForLabelB, &TimerForLabelC}) {
+    if (*tick) {
+      (*tick)->invalidate();
+      *tick = nullptr;
+    }
+  }
+}
+
+void ZellickViewController::applicationDidBecomeActive() {
+  log("app become active");
+  RetrieveValues();
+  log(format("A:%d %d %d", Ahh, Amm, Ass));
+
+  if (dateOfInactive) catchUp(dateOfInactive->seconds - services_.clock.now());
+
+  // A clock started but still at 0:00:00 when saved is not restarted.
+  for (int id = 1; id <= 3; ++id) {
+    Memory x = memory(id);
+    if (*x.isStarted != 0 && (*x.hh >= 1 || *x.mm >= 1 || *x.ss >= 1)) {
+      startTick(id, kTick);
+      LabelAvg->setTextColor(Color::White);
+      LabelTimer->setTextColor(Color::White);
+    }
+  }
+
+  Memory current = memory(buttonId);
+  const bool running = current.tick && *current.tick;
+  LabelAvg->setTextColor(running ? Color::White : Color::Gray);
+  LabelTimer->setTextColor(running ? Color::White : Color::Gray);
+
+  if (current.count) {
+    previousTotal = total = *current.count;
+    ButtonA->setImage(buttonId == 1 ? "a-down.png" : "a-up.png");
+    ButtonB->setImage(buttonId == 2 ? "b-down.png" : "b-up.png");
+    ButtonC->setImage(buttonId == 3 ? "c-down.png" : "c-up.png");
+    hh = *current.hh;
+    mm = *current.mm;
+    ss = *current.ss;
+  }
+  later(kRedrawDelay, &ZellickViewController::redraw);
+}
+
+void ZellickViewController::redraw() {
+  Show();
+  ShowOnLabel();
+}
+
+// Adds the time since the last save (t, seconds, negative) to every clock that was running.
+void ZellickViewController::catchUp(double t) {
+  if (!std::isfinite(t) || t > 0 || -t / 3600.0 > std::numeric_limits<int32_t>::max() / 3600) {
+    // A clock set back (or a nonsense date) must not wind the clocks backwards.
+    log(format("timediff: %f is not a time spent away; no time is caught up", t));
+    return;
+  }
+  const int32_t h = static_cast<int32_t>(t / -3600.0);
+  const double r = -t - (h * 3600);
+  const int32_t m = static_cast<int32_t>(r / 60.0);
+  const int32_t s = static_cast<int32_t>(r - (m * 60));
+  for (int id = 1; id <= 3; ++id) {
+    Memory x = memory(id);
+    if (*x.isStarted == 0) continue;
+    *x.ss = wrapAdd(*x.ss, s);
+    if (*x.ss >= 60) {
+      *x.ss -= 60;
+      *x.mm = wrapAdd(*x.mm, 1);
+    }
+    *x.mm = wrapAdd(*x.mm, m);
+    if (*x.mm >= 60) {
+      *x.mm -= 60;
+      *x.hh = wrapAdd(*x.hh, 1);
+    }
+    *x.hh = wrapAdd(*x.hh, h);
+    log(format("timediff: %f, hh = %d, mm: %d, ss: %d", t, h, m, s));
+  }
+}
+
+}  // namespace zellick

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/geometry.h"
+
+namespace zellick {
+
+// A view on screen. Frames are in the root view's coordinates.
+class View {
+ public:
+  View() = default;
+  View(const View&) = delete;
+  View& operator=(const View&) = delete;
+  virtual ~View() = default;
+
+  virtual Rect frame() const = 0;
+  // Immediate move; ends any animated move of this view.
+  virtual void setFrame(const Rect& frame) = 0;
+  void setCenter(Point c) {
+    Rect f = frame();
+    f.x = c.x - f.w / 2;
+    f.y = c.y - f.h / 2;
+    setFrame(f);
+  }
+  // Touches are routed by tag; 0 means untagged.
+  virtual int tag() const = 0;
+  virtual bool userInteractionEnabled() const = 0;
+  virtual void setUserInteractionEnabled(bool enabled) = 0;
+};
+
+class ImageView : public View {
+ public:
+  virtual std::string image() const = 0;
+  virtual void setImage(const std::string& name) = 0;
+  // Moves the frame to `to` over `seconds` (default ease-in-out curve). frame() reports the
+  // target at once; a new move, animated or not, retargets one that is still running.
+  virtual void animateFrame(const Rect& to, double seconds) = 0;
+};
+
+class Button : public View {
+ public:
+  // The picture for the normal control state.
+  virtual std::string image() const = 0;
+  virtual void setImage(const std::string& name) = 0;
+  // True while a finger is down on the button.
+  virtual bool isHighlighted() const = 0;
+};
+
+class Label : public View {
+ public:
+  virtual std::string text() const = 0;
+  virtual void setText(const std::string& text) = 0;
+  virtual Color textColor() const = 0;
+  virtual void setTextColor(Color color) = 0;
+  virtual Font font() const = 0;
+  virtual void setFont(const Font& font) = 0;
+  virtual bool multipleTouchEnabled() const = 0;
+  virtual void setMultipleTouchEnabled(bool enabled) = 0;
+};
+
+// The controller's own view: its bounds and the plain coloured views added to it.
+class RootView {
+ public:
+  virtual ~RootView() = default;
+  virtual Rect bounds() const = 0;
+  virtual void addColorView(const Rect& frame, Color color) = 0;
+};
+
+// A modal question. The presenter shows it; the answer comes back with the button's index.
+class AlertView {
+ public:
+  AlertView(std::string title, std::string message, std::vector<std::string> buttons)
+      : title(std::move(title)), message(std::move(message)), buttons(std::move(buttons)) {}
+  AlertView(const AlertView&) = delete;
+  AlertView& operator=(const AlertView&) = delete;
+
+  int tag() const { return tag_; }
+  void setTag(int tag) { tag_ = tag; }
+
+  const std::string title;
+  const std::string message;
+  const std::vector<std::string> buttons;  // index 0 is the cancel button
+
+ private:
+  int tag_ = 0;
+};
+
+using AlertAnswer = std::function<void(AlertView&, int buttonIndex)>;
+
+class AlertPresenter {
+ public:
+  virtual ~AlertPresenter() = default;
+  // Shows `alert` modally. `answer` (may be empty: no delegate) is called once with the
+  // index of the button pressed; the presenter keeps the alert alive while it is on screen.
+  virtual void show(std::shared_ptr<AlertView> alert, AlertAnswer answer) = 0;
+};
+
+// Presents another screen modally over the current one.
+class ScreenPresenter {
+ public:
+  virtual ~ScreenPresenter() = default;
+  virtual void presentModalViewController(const std::string& nibName) = 0;
+};
+
+}  // namespace zellick
