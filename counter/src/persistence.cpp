@@ -178,7 +178,8 @@ void ZellickViewController::SaveUserSettings() {
   prefs->setInteger(kButtonId, buttonId);
   prefs->setObject(kDateOfInactive, *dateOfInactive);
   prefs->setInteger(kTapValue, tap);
-  if (!prefs->synchronize()) log("SaveUserSettings: the counter state could not be written to disk");
+  saveFailed_ = !prefs->synchronize();
+  if (saveFailed_) log("SaveUserSettings: the counter state could not be written to disk");
 }
 
 }  // namespace zellick

@@ -108,7 +108,12 @@ void ZellickViewController::applicationWillResignActive() {
 
 void ZellickViewController::applicationDidBecomeActive() {
   log("app become active");
-  RetrieveValues();
+  if (saveFailed_) {
+    // What is in memory is newer than the store; reading it back would undo counts.
+    log("The last save did not reach the disk; keeping the counter state in memory");
+  } else {
+    RetrieveValues();
+  }
   log(format("A:%d %d %d", Ahh, Amm, Ass));
 
   if (dateOfInactive) catchUp(dateOfInactive->seconds - services_.clock.now());
@@ -136,8 +141,26 @@ void ZellickViewController::applicationDidBecomeActive() {
     hh = *current.hh;
     mm = *current.mm;
     ss = *current.ss;
+    placeWheels();
   }
   later(kRedrawDelay, &ZellickViewController::redraw);
+}
+
+// On a cold start the wheels stand at 0000 while the restored count may be anything; the
+// redraw only rolls from the count to itself, so set each wheel on its digit now.
+void ZellickViewController::placeWheels() {
+  int32_t rest = total;
+  for (int index = 1; index <= 4; ++index) {
+    const int32_t digit = rest % 10;
+    rest /= 10;
+    Wheel w = wheel(index);
+    Rect f = w.view->frame();
+    const double y = initialPositionOfNumbers - 101.0 * digit;
+    if (f.y == y || *w.timer) continue;  // in place, or a roll-over is about to land it
+    f.y = y;
+    w.view->setFrame(f);
+    *w.target = digit;
+  }
 }
 
 void ZellickViewController::redraw() {

@@ -218,6 +218,7 @@ class ZellickViewController {
   void keepCounter();
   void confirmResetTimer();
   void keepTimer();
+  void placeWheels();
   void redraw();
   void catchUp(double secondsSinceNow);
   std::vector<int32_t> readNumbers(const char* key, size_t count, DefaultsArray& saved);
@@ -227,6 +228,8 @@ class ZellickViewController {
   RootView* view_ = nullptr;
   // Deferred work holds a weak reference, so nothing fires into a destroyed controller.
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+  // The last save did not reach permanent storage, so the store holds older values.
+  bool saveFailed_ = false;
 };
 
 }  // namespace zellick

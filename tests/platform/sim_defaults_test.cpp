@@ -1,0 +1,133 @@
+#include <gtest/gtest.h>
+
+#include "platform/sim/memory_defaults.h"
+#include "support/faulty_defaults.h"
+
+namespace zellick::sim {
+namespace {
+
+struct RoundTrip {
+  const char* title;
+  DefaultsValue value;
+  const char* json;
+};
+
+const RoundTrip kRoundTrips[] = {
+    {"integer", DefaultsValue(42LL), "42"},
+    {"negative integer", DefaultsValue(-7LL), "-7"},
+    {"largest integer", DefaultsValue(9223372036854775807LL), "9223372036854775807"},
+    {"whole double keeps its fraction", DefaultsValue(3.0), "3.0"},
+    {"double", DefaultsValue(0.1), "0.1"},
+    {"double with exponent", DefaultsValue(1e300), "1.0e+300"},
+    {"bool", DefaultsValue(true), "true"},
+    {"string with escapes", DefaultsValue(std::string("a\"b\\c\nd\x01")),
+     "\"a\\\"b\\\\c\\nd\\u0001\""},
+    {"utf-8 string", DefaultsValue(std::string("z\xC3\xA4hler")), "\"z\xC3\xA4hler\""},
+    {"date", DefaultsValue(Date{1800000123.456}), "{\"date\":1800000123.456}"},
+    {"whole date", DefaultsValue(Date{1800000000}), "{\"date\":1800000000.0}"},
+    {"empty array", DefaultsValue(DefaultsArray{}), "[]"},
+    {"mixed nested array",
+     DefaultsValue(DefaultsArray{1LL, 2.5, false, std::string("x"), Date{5},
+                                 DefaultsArray{DefaultsArray{}, 0LL}}),
+     "[1,2.5,false,\"x\",{\"date\":5.0},[[],0]]"},
+};
+
+TEST(SimDefaultsJson, EveryValueTypeRoundTripsExactly) {
+  for (const auto& c : kRoundTrips) {
+    SCOPED_TRACE(c.title);
+    EXPECT_EQ(toJson(c.value), c.json);
+    std::string error;
+    auto back = defaultsFromJson(std::string("{\"k\":") + c.json + "}", error);
+    ASSERT_TRUE(back) << error;
+    ASSERT_EQ(back->count("k"), 1u);
+    // Same alternative, same value: 3.0 must not come back as the integer 3.
+    EXPECT_EQ(back->at("k").index(), c.value.index());
+    EXPECT_EQ(back->at("k"), c.value);
+  }
+}
+
+TEST(SimDefaultsJson, DomainIsOneSortedLine) {
+  std::map<std::string, DefaultsValue> values{
+      {"TapValue", 2LL}, {"Counters", DefaultsArray{1LL, 2LL, 3LL}}, {"DateOfInactive", Date{10.5}}};
+  const std::string json = toJson(values);
+  EXPECT_EQ(json, "{\"Counters\":[1,2,3],\"DateOfInactive\":{\"date\":10.5},\"TapValue\":2}");
+  std::string error;
+  auto back = defaultsFromJson(json, error);
+  ASSERT_TRUE(back) << error;
+  EXPECT_EQ(*back, values);
+  // Blanks, line breaks, \u escapes and surrogate pairs are accepted on the way in.
+  back = defaultsFromJson(" {\n \"s\" : \"\\u00e4\\ud83d\\ude00\" , \"e\":[ ] }\n", error);
+  ASSERT_TRUE(back) << error;
+  EXPECT_EQ(back->at("s"), DefaultsValue(std::string("\xC3\xA4\xF0\x9F\x98\x80")));
+}
+
+TEST(SimDefaultsJson, MalformedInputIsRefusedWithWhereAndWhy) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"", "line 1, column 1: expected a JSON object"},
+      {"[1]", "line 1, column 1: expected a JSON object"},
+      {"{\"a\":1", "expected ',' or '}', found the end"},
+      {"{\"a\":1,}", "line 1, column 8"},
+      {"{\"a\":\n  tru}", "line 2, column 3: expected a value"},
+      {"{\"a\":null}", "null is not a defaults value"},
+      {"{\"a\":{\"x\":1}}", "the only object allowed"},
+      {"{\"a\":01}", "expected a value"},
+      {"{\"a\":1.}", "expected a value"},
+      {"{\"a\":99999999999999999999}", "out of range"},
+      {"{\"a\":\"open}", "unterminated string"},
+      {"{\"a\":\"\\q\"}", "bad escape"},
+      {"{\"a\":\"\\ud800\"}", "unpaired surrogate"},
+      {"{} x", "unexpected text after the object"},
+      {"{\"a\":[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]]}",
+       "nested too deeply"},
+  };
+  for (const auto& [text, message] : cases) {
+    std::string error;
+    EXPECT_FALSE(defaultsFromJson(text, error)) << text;
+    EXPECT_NE(error.find(message), std::string::npos) << text << " gave: " << error;
+  }
+}
+
+TEST(SimMemoryDefaults, KeepsValuesExactly) {
+  MemoryDefaults store;
+  EXPECT_FALSE(store.objectForKey("ButtonId"));
+  store.setInteger("ButtonId", 2);
+  store.setObject("Timers", DefaultsArray{1LL, std::string("2")});
+  EXPECT_EQ(store.integerForKey("ButtonId"), 2);
+  EXPECT_EQ(store.arrayForKey("Timers"), (DefaultsArray{1LL, std::string("2")}));
+  EXPECT_FALSE(store.arrayForKey("ButtonId"));
+  store.removeObjectForKey("ButtonId");
+  EXPECT_FALSE(store.objectForKey("ButtonId"));
+  EXPECT_TRUE(store.synchronize());
+  EXPECT_EQ(store.synchronizeCount(), 1);
+}
+
+TEST(FaultyDefaults, FailsOnCueAndPassesThroughOtherwise) {
+  MemoryDefaults store;
+  testing::FaultyDefaults faulty(store);
+  faulty.failNextSynchronize(2);
+  EXPECT_FALSE(faulty.synchronize());
+  EXPECT_FALSE(faulty.synchronize());
+  EXPECT_TRUE(faulty.synchronize());
+  EXPECT_EQ(store.synchronizeCount(), 1);
+
+  faulty.dropNextWrites(1);
+  faulty.setInteger("a", 1);
+  faulty.setInteger("b", 2);
+  EXPECT_FALSE(store.objectForKey("a"));
+  EXPECT_EQ(faulty.integerForKey("b"), 2);
+
+  faulty.dropAllWrites(true);
+  faulty.removeObjectForKey("b");
+  EXPECT_EQ(store.integerForKey("b"), 2);
+  faulty.dropAllWrites(false);
+  faulty.failAllSynchronize(true);
+  EXPECT_FALSE(faulty.synchronize());
+  faulty.removeObjectForKey("b");
+  EXPECT_FALSE(store.objectForKey("b"));
+  EXPECT_EQ(faulty.droppedWrites(), 2);
+  EXPECT_EQ(faulty.failedSynchronizes(), 3);
+  EXPECT_EQ(faulty.synchronizeCalls(), 4);
+}
+
+}  // namespace
+}  // namespace zellick::sim
