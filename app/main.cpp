@@ -1,0 +1,81 @@
+// The Zellick app: the counter screen on Qt Quick with the real platform.
+#include <QGuiApplication>
+#include <QQuickWindow>
+#include <QStandardPaths>
+#include <QDir>
+#include <QTimer>
+
+#include <cstdio>
+
+#include "app/counter_app.h"
+#include "app/launch_options.h"
+#include "app/stress_driver.h"
+#include "platform/qt/qt_bundle.h"
+#include "platform/qt/lifecycle.h"
+#include "platform/qt/qt_log.h"
+#include "platform/qt/settings_defaults.h"
+#include "platform/qt/sound_output.h"
+
+namespace {
+
+QString settingsPath() {
+  const QByteArray env = qgetenv("ZELLICK_SETTINGS");
+  if (!env.isEmpty()) return QString::fromLocal8Bit(env);
+  const QString dir = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+  QDir().mkpath(dir);
+  return QDir(dir).filePath(QStringLiteral("defaults.ini"));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QGuiApplication app(argc, argv);
+  QGuiApplication::setOrganizationName(QStringLiteral("Zellick"));
+  QGuiApplication::setApplicationName(QStringLiteral("Zellick"));
+
+  zellick::StderrLog log;
+  const zellick::LaunchOptions options = zellick::parseLaunchOptions(app.arguments(), log);
+  zellick::registerBundledFonts(log);
+
+  zellick::qt::QSettingsDefaults defaults(settingsPath(), log);
+  zellick::qt::QtSoundOutput sound(log, options.silent ? zellick::qt::QtSoundOutput::Device::None
+                                                       : zellick::qt::QtSoundOutput::Device::Default);
+  zellick::DirectoryBundle bundle(zellick::bundleFolders());
+  zellick::UnsentTracker tracker;
+
+  zellick::CounterApp counter({defaults, sound, bundle, log, tracker});
+  QVariantMap windowProperties;
+  if (options.width > 0) windowProperties = {{"width", options.width}, {"height", options.height}};
+  if (!counter.load(QUrl(QStringLiteral("qrc:/qml/Main.qml")), windowProperties)) return 1;
+  QQuickWindow* window = counter.screen().window();
+
+  counter.start();
+  // Becoming active comes after the screen is built; leaving it saves, however the app ends.
+  zellick::qt::QtLifecycle lifecycle(counter.notifications(), log);
+  lifecycle.watchWindow(window);
+  lifecycle.start();
+
+  if (options.stressLoop >= 0)
+    zellick::startStressLoop(counter.controller(), counter.notifications(), options.stressLoop);
+
+  if (options.exitAfterFirstFrame || !options.grab.isEmpty()) {
+    auto done = std::make_shared<bool>(false);
+    QObject::connect(window, &QQuickWindow::frameSwapped, window, [=, &options] {
+      if (*done) return;
+      *done = true;
+      if (options.exitAfterFirstFrame) {
+        std::printf("first frame after %.1f ms\n", zellick::msSinceProcessStart());
+        std::fflush(stdout);
+        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+        return;
+      }
+      // Let the delayed redraw after activation and the wheels settle before the picture.
+      QTimer::singleShot(1500, window, [=] {
+        const QImage image = window->grabWindow();
+        if (!image.save(options.grab)) std::fprintf(stderr, "could not save %s\n", qPrintable(options.grab));
+        QCoreApplication::quit();
+      });
+    });
+  }
+  return app.exec();
+}

@@ -1,0 +1,130 @@
+// Start-up time and peak memory of the app against a minimal Qt Quick window, offscreen.
+// Each run forks and execs one program; the time runs from just before fork until the child
+// reports its first frame on stdout; the peak is the child's ru_maxrss from wait4.
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Sample {
+  double ms = 0;
+  double cpuMs = 0;  // user + system time of the whole run, less sensitive to machine load
+  long maxRssKb = 0;
+};
+
+double monotonicMs() {
+  timespec t{};
+  clock_gettime(CLOCK_MONOTONIC, &t);
+  return t.tv_sec * 1000.0 + t.tv_nsec / 1e6;
+}
+
+// Runs `argv` once; false when it fails to show a frame within 30 s.
+bool runOnce(const std::vector<std::string>& args, Sample& out) {
+  int fds[2];
+  if (pipe(fds) != 0) return false;
+  std::vector<char*> argv;
+  for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+  argv.push_back(nullptr);
+
+  const double start = monotonicMs();
+  const pid_t pid = fork();
+  if (pid < 0) return false;
+  if (pid == 0) {
+    dup2(fds[1], STDOUT_FILENO);
+    close(fds[0]);
+    close(fds[1]);
+    const int devnull = open("/dev/null", O_WRONLY);
+    if (devnull >= 0) dup2(devnull, STDERR_FILENO);
+    execv(argv[0], argv.data());
+    _exit(127);
+  }
+  close(fds[1]);
+  std::string seen;
+  double frame = -1;
+  pollfd p{fds[0], POLLIN, 0};
+  while (frame < 0 && monotonicMs() - start < 30000) {
+    if (poll(&p, 1, 100) <= 0) continue;
+    char buf[256];
+    const ssize_t n = read(fds[0], buf, sizeof buf);
+    if (n <= 0) break;
+    seen.append(buf, static_cast<size_t>(n));
+    if (seen.find("first frame") != std::string::npos) frame = monotonicMs();
+  }
+  close(fds[0]);
+  if (frame < 0) kill(pid, SIGKILL);
+  int status = 0;
+  rusage usage{};
+  wait4(pid, &status, 0, &usage);
+  out.ms = frame - start;
+  out.maxRssKb = usage.ru_maxrss;
+  out.cpuMs = (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1000.0 +
+              (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000.0;
+  return frame >= 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+template <class T>
+T median(std::vector<T> v) {
+  std::sort(v.begin(), v.end());
+  return v[v.size() / 2];
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  int runs = 15;
+  for (int i = 1; i + 1 < argc; ++i)
+    if (std::strcmp(argv[i], "--runs") == 0) runs = std::max(1, std::atoi(argv[i + 1]));
+
+  setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  setenv("ZELLICK_NO_AUDIO", "1", 1);
+  char settings[] = "/tmp/zellick-bench-XXXXXX";
+  const int fd = mkstemp(settings);
+  if (fd >= 0) close(fd);
+  setenv("ZELLICK_SETTINGS", settings, 1);
+
+  const std::vector<std::string> app = {ZELLICK_APP, "--exit-after-first-frame", "--silent"};
+  const std::vector<std::string> minimal = {ZELLICK_MINIMAL_WINDOW};
+
+  std::vector<double> appMs, minMs, appCpu, minCpu;
+  std::vector<long> appKb, minKb;
+  // Alternate the two so drifts in machine load hit both alike; one warm-up run each.
+  for (int i = -1; i < runs; ++i) {
+    Sample a, m;
+    if (!runOnce(app, a) || !runOnce(minimal, m)) {
+      std::fprintf(stderr, "run %d failed (app %.0f ms, minimal %.0f ms)\n", i, a.ms, m.ms);
+      unlink(settings);
+      return 1;
+    }
+    if (i < 0) continue;
+    appMs.push_back(a.ms);
+    appCpu.push_back(a.cpuMs);
+    minCpu.push_back(m.cpuMs);
+    minMs.push_back(m.ms);
+    appKb.push_back(a.maxRssKb);
+    minKb.push_back(m.maxRssKb);
+  }
+  unlink(settings);
+
+  const double am = median(appMs), mm = median(minMs);
+  const long ak = median(appKb), mk = median(minKb);
+  const double ac = median(appCpu), mc = median(minCpu);
+  std::printf("start-up to first frame, offscreen, median of %d runs (targets 1.30x)\n", runs);
+  std::printf("                 first frame      CPU (whole run)   peak RSS\n");
+  std::printf("  zellick        %8.1f ms     %8.1f ms       %7.1f MiB\n", am, ac, ak / 1024.0);
+  std::printf("  minimal window %8.1f ms     %8.1f ms       %7.1f MiB\n", mm, mc, mk / 1024.0);
+  std::printf("  ratio          %8.2fx       %8.2fx         %7.2fx\n", am / mm, ac / mc,
+              static_cast<double>(ak) / static_cast<double>(mk));
+  return 0;
+}

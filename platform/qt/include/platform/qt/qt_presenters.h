@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QQuickItem>
+
+#include <deque>
+#include <memory>
+#include <utility>
+
+#include "platform/log.h"
+#include "platform/views.h"
+
+namespace zellick {
+
+// Questions on the screen's question overlay (a QML item with title, message, buttons,
+// shown, and a signal answered(int)). One at a time; later ones wait their turn.
+class QtAlertPresenter : public QObject, public AlertPresenter {
+  Q_OBJECT
+ public:
+  QtAlertPresenter(QQuickItem* overlay, Log& log, QObject* parent = nullptr);
+  QtAlertPresenter(const QtAlertPresenter&) = delete;
+  QtAlertPresenter& operator=(const QtAlertPresenter&) = delete;
+
+  void show(std::shared_ptr<AlertView> alert, AlertAnswer answer) override;
+
+  // The question on screen, or null.
+  const AlertView* current() const { return current_.first.get(); }
+  std::size_t waiting() const { return queue_.size(); }
+
+ private slots:
+  void onAnswered(int index);
+
+ private:
+  void present();
+
+  QPointer<QQuickItem> overlay_;
+  Log& log_;
+  std::pair<std::shared_ptr<AlertView>, AlertAnswer> current_;
+  std::deque<std::pair<std::shared_ptr<AlertView>, AlertAnswer>> queue_;
+};
+
+// There is no other screen yet: a request to present one is logged.
+class LoggingScreenPresenter : public ScreenPresenter {
+ public:
+  explicit LoggingScreenPresenter(Log& log) : log_(log) {}
+  void presentModalViewController(const std::string& nibName) override;
+
+ private:
+  Log& log_;
+};
+
+}  // namespace zellick

@@ -1,0 +1,124 @@
+#include "platform/qt/lifecycle.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QSessionManager>
+#include <QSocketNotifier>
+#include <QWindow>
+
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace zellick::qt {
+
+namespace {
+
+// The write end is all a signal handler touches.
+int g_signalPipe[2] = {-1, -1};
+struct sigaction g_oldTerm {};
+struct sigaction g_oldInt {};
+
+void onTerminationSignal(int signo) {
+  const auto byte = static_cast<char>(signo);
+  [[maybe_unused]] ssize_t n = ::write(g_signalPipe[0], &byte, 1);
+}
+
+}  // namespace
+
+QtLifecycle::QtLifecycle(NotificationCenter& notifications, Log& log, QObject* parent)
+    : QObject(parent), notifications_(notifications), log_(log) {
+  auto* app = QCoreApplication::instance();
+  if (app) {
+    connect(app, &QCoreApplication::aboutToQuit, this, [this] {
+      log_.line("Lifecycle: quitting");
+      resignActive();
+    });
+  }
+  if (auto* gui = qobject_cast<QGuiApplication*>(app)) {
+    connect(gui, &QGuiApplication::applicationStateChanged, this, &QtLifecycle::applicationStateChanged);
+#if QT_CONFIG(sessionmanager)
+    connect(gui, &QGuiApplication::commitDataRequest, this, [this](QSessionManager&) {
+      log_.line("Lifecycle: session ending");
+      resignActive();
+    });
+#endif
+  }
+
+  if (g_signalPipe[0] != -1) {
+    log_.line("Lifecycle: another instance handles SIGTERM and SIGINT");
+    return;
+  }
+  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, g_signalPipe) != 0) {
+    log_.line("Lifecycle: no socket pair for signals; SIGTERM and SIGINT will not save");
+    g_signalPipe[0] = g_signalPipe[1] = -1;
+    return;
+  }
+  signalNotifier_ = new QSocketNotifier(g_signalPipe[1], QSocketNotifier::Read, this);
+  connect(signalNotifier_, &QSocketNotifier::activated, this, &QtLifecycle::onSignal);
+  struct sigaction sa {};
+  sa.sa_handler = onTerminationSignal;
+  sigemptyset(&sa.sa_mask);
+  sa.sa_flags = SA_RESTART;
+  sigaction(SIGTERM, &sa, &g_oldTerm);
+  sigaction(SIGINT, &sa, &g_oldInt);
+}
+
+QtLifecycle::~QtLifecycle() {
+  if (!signalNotifier_) return;
+  sigaction(SIGTERM, &g_oldTerm, nullptr);
+  sigaction(SIGINT, &g_oldInt, nullptr);
+  delete signalNotifier_;
+  ::close(g_signalPipe[0]);
+  ::close(g_signalPipe[1]);
+  g_signalPipe[0] = g_signalPipe[1] = -1;
+}
+
+void QtLifecycle::start() {
+  started_ = true;
+  becomeActive();
+}
+
+void QtLifecycle::watchWindow(QWindow* window) {
+  if (window) window->installEventFilter(this);
+}
+
+bool QtLifecycle::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::Close && qobject_cast<QWindow*>(watched)) {
+    log_.line("Lifecycle: window closing");
+    resignActive();
+  }
+  return QObject::eventFilter(watched, event);
+}
+
+void QtLifecycle::applicationStateChanged(Qt::ApplicationState state) {
+  if (state == Qt::ApplicationActive) {
+    becomeActive();
+  } else {
+    resignActive();
+  }
+}
+
+void QtLifecycle::becomeActive() {
+  if (!started_ || active_) return;
+  active_ = true;
+  notifications_.post(kDidBecomeActive);
+}
+
+void QtLifecycle::resignActive() {
+  if (!active_) return;
+  active_ = false;
+  notifications_.post(kWillResignActive);
+}
+
+void QtLifecycle::onSignal() {
+  char buf[16];
+  ssize_t n = ::read(g_signalPipe[1], buf, sizeof buf);
+  if (n <= 0) return;
+  log_.line(buf[n - 1] == SIGINT ? "Lifecycle: SIGINT" : "Lifecycle: SIGTERM");
+  resignActive();
+  QCoreApplication::quit();
+}
+
+}  // namespace zellick::qt

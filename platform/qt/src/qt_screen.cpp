@@ -1,0 +1,296 @@
+#include "platform/qt/qt_screen.h"
+
+#include "platform/qt/qt_artwork.h"
+
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QStyleHints>
+#include <QTouchEvent>
+
+namespace zellick {
+
+namespace {
+
+// How far apart, in logical points, two taps of one series may be.
+constexpr double kTapSlop = 10;
+
+bool contains(const Rect& r, QPointF p) {
+  return p.x() >= r.x && p.x() < r.x + r.w && p.y() >= r.y && p.y() < r.y + r.h;
+}
+
+bool shownOnScreen(const QQuickItem* item) {
+  for (const QQuickItem* i = item; i; i = i->parentItem())
+    if (!i->isVisible()) return false;
+  return item != nullptr;
+}
+
+void collect(QQuickItem* item, std::vector<QQuickItem*>& out) {
+  for (QQuickItem* child : item->childItems()) {
+    out.push_back(child);
+    collect(child, out);
+  }
+}
+
+// The item named `name` in `from`'s visual tree, `from` included.
+QQuickItem* findItem(QQuickItem* from, const QString& name) {
+  if (!from) return nullptr;
+  if (from->objectName() == name) return from;
+  for (QQuickItem* child : from->childItems())
+    if (QQuickItem* found = findItem(child, name)) return found;
+  return nullptr;
+}
+
+}  // namespace
+
+bool registerBundledFonts(Log& log) {
+  const QString path = QStringLiteral(":/fonts/RobotoCondensed-Bold.ttf");
+  if (QFontDatabase::addApplicationFont(path) < 0) {
+    log.line("could not load the label font " + path.toStdString() + "; using the default font");
+    return false;
+  }
+  return true;
+}
+
+QtScreen::QtScreen(Log& log, std::map<std::string, int> labelTags, QObject* parent)
+    : QObject(parent),
+      log_(log),
+      labelTags_(std::move(labelTags)),
+      taps_(QGuiApplication::styleHints()->mouseDoubleClickInterval(), kTapSlop) {}
+
+QtScreen::~QtScreen() {
+  if (window_) window_->removeEventFilter(this);
+  // Views and the presenter go before the items they point at.
+  alerts_.reset();
+  buttons_.clear();
+  images_.clear();
+  labels_.clear();
+  rootView_.reset();
+  engine_.reset();
+}
+
+bool QtScreen::load(const QUrl& url, const QVariantMap& windowProperties) {
+  engine_ = std::make_unique<QQmlApplicationEngine>();
+  if (!windowProperties.isEmpty()) engine_->setInitialProperties(windowProperties);
+  engine_->addImageProvider(QStringLiteral("art"), new ArtworkProvider);
+  engine_->load(url);
+  const auto roots = engine_->rootObjects();
+  if (roots.isEmpty()) {
+    log_.line("could not load the screen " + url.toString().toStdString());
+    return false;
+  }
+  window_ = qobject_cast<QQuickWindow*>(roots.first());
+  if (!window_) {
+    log_.line("the screen " + url.toString().toStdString() + " is not a window");
+    return false;
+  }
+  root_ = findItem(window_->contentItem(), QStringLiteral("RootView"));
+  if (!root_) {
+    log_.line("the screen has no RootView item");
+    return false;
+  }
+  rootView_ = std::make_unique<QtRootView>(root_, log_);
+
+  std::vector<QQuickItem*> items;
+  collect(root_, items);
+  for (QQuickItem* item : items) {
+    const QString kind = item->property("viewKind").toString();
+    const std::string name = item->objectName().toStdString();
+    if (kind.isEmpty()) continue;
+    if (name.empty()) {
+      log_.line("a " + kind.toStdString() + " without objectName is not bound");
+      continue;
+    }
+    const auto tag = labelTags_.find(name);
+    const int t = tag == labelTags_.end() ? 0 : tag->second;
+    if (kind == QLatin1String("button")) {
+      buttons_[name] = std::make_unique<QtButton>(item, root_, log_);
+      buttons_[name]->setName(name);
+    } else if (kind == QLatin1String("image")) {
+      images_[name] = std::make_unique<QtImageView>(item, root_, t, log_);
+      images_[name]->setName(name);
+    } else if (kind == QLatin1String("label")) {
+      labels_[name] = std::make_unique<QtLabel>(item, root_, t, log_);
+      labels_[name]->setName(name);
+    } else {
+      log_.line("unknown view kind " + kind.toStdString() + " of " + name);
+    }
+  }
+  for (const auto& [name, tag] : labelTags_)
+    if (!labels_.count(name)) log_.line("the screen has no label " + name);
+
+  overlay_ = findItem(root_, QStringLiteral("QuestionOverlay"));
+  if (!overlay_) log_.line("the screen has no question overlay");
+  alerts_ = std::make_unique<QtAlertPresenter>(overlay_, log_);
+
+  window_->installEventFilter(this);
+  return true;
+}
+
+QtButton* QtScreen::button(const std::string& name) const {
+  auto it = buttons_.find(name);
+  if (it != buttons_.end()) return it->second.get();
+  log_.line("the screen has no button " + name);
+  return nullptr;
+}
+
+QtImageView* QtScreen::imageView(const std::string& name) const {
+  auto it = images_.find(name);
+  if (it != images_.end()) return it->second.get();
+  log_.line("the screen has no image view " + name);
+  return nullptr;
+}
+
+QtLabel* QtScreen::label(const std::string& name) const {
+  auto it = labels_.find(name);
+  if (it != labels_.end()) return it->second.get();
+  log_.line("the screen has no label " + name);
+  return nullptr;
+}
+
+void QtScreen::bindButton(const std::string& name, std::function<void()> press,
+                          std::function<void()> release) {
+  if (!buttons_.count(name)) log_.line("binding for missing button " + name + " ignored");
+  bindings_[name] = Binding{std::move(press), std::move(release)};
+}
+
+void QtScreen::setTouchHandlers(TouchHandler began, TouchHandler ended) {
+  began_ = std::move(began);
+  ended_ = std::move(ended);
+}
+
+QPointF QtScreen::toScreen(QPointF windowPos) const {
+  return root_ ? root_->mapFromScene(windowPos) : windowPos;
+}
+
+QPointF QtScreen::toWindow(QPointF screenPoint) const {
+  return root_ ? root_->mapToScene(screenPoint) : screenPoint;
+}
+
+bool QtScreen::questionShown() const {
+  return overlay_ && overlay_->property("shown").toBool();
+}
+
+const View* QtScreen::hitTest(QPointF p, QtButton** button) const {
+  *button = nullptr;
+  // Topmost first: labels lie above the controls, the controls above the body and wheels.
+  // A view that ignores touches lets them through to what lies beneath.
+  for (const auto& [name, label] : labels_)
+    if (label->userInteractionEnabled() && shownOnScreen(label->item()) && contains(label->frame(), p))
+      return label.get();
+  for (const auto& [name, b] : buttons_)
+    if (b->userInteractionEnabled() && shownOnScreen(b->item()) && contains(b->frame(), p)) {
+      *button = b.get();
+      return b.get();
+    }
+  for (const auto& [name, image] : images_)
+    if (image->userInteractionEnabled() && shownOnScreen(image->item()) && contains(image->frame(), p))
+      return image.get();
+  return rootView_.get();
+}
+
+void QtScreen::touch(Phase phase, QPointF windowPos, long long timeMs) {
+  const QPointF p = toScreen(windowPos);
+  if (phase == Phase::Begin) {
+    QtButton* b = nullptr;
+    const View* view = hitTest(p, &b);
+    const int count = taps_.press(timeMs, Point{p.x(), p.y()});
+    tracking_ = true;
+    if (b) {
+      pressedButton_ = b;
+      b->setHighlighted(true);
+      auto it = bindings_.find(b->name());
+      if (it != bindings_.end() && it->second.press) it->second.press();
+    } else {
+      touchedView_ = view;
+      touchTapCount_ = count;
+      if (began_) began_(*view, count);
+    }
+    return;
+  }
+  if (!tracking_) return;
+  if (pressedButton_) {
+    QtButton* b = pressedButton_;
+    const bool inside = contains(b->frame(), p);
+    if (phase == Phase::Move) {
+      b->setHighlighted(inside);
+      return;
+    }
+    tracking_ = false;
+    pressedButton_ = nullptr;
+    b->setHighlighted(false);
+    auto it = bindings_.find(b->name());
+    if (it == bindings_.end() || !it->second.release) return;
+    // A counting button's press locked other buttons: its release must always run.
+    const bool counting = static_cast<bool>(it->second.press);
+    if (counting || (phase == Phase::End && inside)) it->second.release();
+    return;
+  }
+  if (phase == Phase::Move) return;
+  tracking_ = false;
+  const View* view = touchedView_;
+  touchedView_ = nullptr;
+  if (phase == Phase::End && ended_ && view) ended_(*view, touchTapCount_);
+}
+
+bool QtScreen::eventFilter(QObject* watched, QEvent* event) {
+  if (watched != window_) return QObject::eventFilter(watched, event);
+  switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseMove:
+    case QEvent::MouseButtonDblClick: {
+      auto* e = static_cast<QMouseEvent*>(event);
+      // Touches come as touch events; their mouse echo would count twice.
+      if (e->device() && e->device()->type() == QInputDevice::DeviceType::TouchScreen) return true;
+      if (event->type() == QEvent::MouseButtonDblClick) return !questionShown() || tracking_;
+      if (event->type() == QEvent::MouseButtonPress) {
+        if (e->button() != Qt::LeftButton || tracking_) return tracking_;
+        if (questionShown()) return false;  // the question takes it
+        touch(Phase::Begin, e->scenePosition(), static_cast<long long>(e->timestamp()));
+        return true;
+      }
+      if (!tracking_) return false;
+      if (event->type() == QEvent::MouseButtonRelease && e->button() != Qt::LeftButton) return true;
+      touch(event->type() == QEvent::MouseMove ? Phase::Move : Phase::End, e->scenePosition(),
+            static_cast<long long>(e->timestamp()));
+      return true;
+    }
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+    case QEvent::TouchCancel: {
+      auto* e = static_cast<QTouchEvent*>(event);
+      const long long t = static_cast<long long>(e->timestamp());
+      if (event->type() == QEvent::TouchCancel) {
+        if (tracking_) touch(Phase::Cancel, {}, t);
+        touchPointId_ = -1;
+        return true;
+      }
+      if (!tracking_ && questionShown()) return false;
+      // One finger at a time: the first one down is followed, later ones are ignored.
+      for (const QEventPoint& point : e->points()) {
+        if (point.state() == QEventPoint::Pressed && !tracking_) {
+          touchPointId_ = point.id();
+          touch(Phase::Begin, point.scenePosition(), t);
+        } else if (tracking_ && point.id() == touchPointId_) {
+          if (point.state() == QEventPoint::Released) {
+            touch(Phase::End, point.scenePosition(), t);
+            touchPointId_ = -1;
+          } else if (point.state() == QEventPoint::Updated) {
+            touch(Phase::Move, point.scenePosition(), t);
+          }
+        }
+      }
+      event->accept();
+      return true;
+    }
+    default:
+      return QObject::eventFilter(watched, event);
+  }
+}
+
+}  // namespace zellick

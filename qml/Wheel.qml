@@ -1,0 +1,14 @@
+import QtQuick
+
+// One digit wheel: a strip of eleven 101-point cells, "0" to "9" and a second "0".
+Image {
+    property string viewKind: "image"
+    property string image: "wheel-strip.png"
+    property real renderScale: 1
+    width: 46
+    height: 1111
+    source: "image://art/wheel-strip"
+    // Capped so the strip stays within common texture size limits.
+    sourceSize: Qt.size(Math.ceil(width * Math.min(renderScale, 7)), Math.ceil(height * Math.min(renderScale, 7)))
+    smooth: true
+}

@@ -1,0 +1,232 @@
+// Starts the app on hand-damaged settings files: every key missing, of the wrong type, short,
+// long or holding garbage, and whole files of junk. The app must start, quit normally (which
+// saves), and the saved file must keep every value that was intact, with 0 for the elements
+// that were missing or unreadable.
+//
+//   zellick_corruption_test --app PATH [--only NAME]
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QFile>
+#include <QProcess>
+
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <map>
+
+#include "harness.h"
+#include "platform/qt/settings_defaults.h"
+
+namespace {
+
+using Ints = std::vector<int>;
+
+const Ints kCounters{11, 22, 33};
+const Ints kTimers{1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0};  // no clock running: no catch-up
+const Ints kTotalForAvg{4, 5, 6};
+const int kButtonId = 2;
+const int kTapValue = 3;
+
+// What the saved file must hold under a key after the app ran; nothing = the key was damaged
+// beyond a rule (a scalar of the wrong type), so only its presence is checked.
+struct Expect {
+  std::optional<Ints> ints;
+  bool extraAllowed = false;  // a long array may keep its tail
+};
+
+struct Case {
+  const char* name;
+  std::function<QByteArray(QByteArray)> damage;
+  std::map<std::string, Expect> expect;  // keys not named here must come back as they were
+  const char* key = nullptr;             // the key damaged, looked for in the log
+};
+
+// The file with `key`'s line replaced by `line` (or dropped when `line` is empty).
+std::function<QByteArray(QByteArray)> setLine(const char* key, const char* line) {
+  return [key = QByteArray(key), line = QByteArray(line)](QByteArray text) {
+    QList<QByteArray> out;
+    for (const QByteArray& l : text.split('\n')) {
+      if (l.startsWith(key + "=")) {
+        if (!line.isEmpty()) out.push_back(line);
+      } else {
+        out.push_back(l);
+      }
+    }
+    return out.join('\n');
+  };
+}
+
+std::function<QByteArray(QByteArray)> replaceAll(QByteArray with) {
+  return [with](QByteArray) { return with; };
+}
+
+std::vector<Case> cases() {
+  const Expect zeros3{Ints{0, 0, 0}};
+  const Expect zeros12{Ints(12, 0)};
+  const Expect anyScalar{};
+  std::vector<Case> c = {
+      {"Counters missing", setLine("Counters", ""), {{"Counters", zeros3}}, "Counters"},
+      {"Counters short", setLine("Counters", "Counters=11, 22"), {{"Counters", {Ints{11, 22, 0}}}}, "Counters"},
+      {"Counters long", setLine("Counters", "Counters=11, 22, 33, 44"), {{"Counters", {kCounters, true}}}, "Counters"},
+      {"Counters garbage element", setLine("Counters", "Counters=11, zz, 33"), {{"Counters", {Ints{11, 0, 33}}}}, "Counters"},
+      {"Counters wrong type", setLine("Counters", "Counters=hello"), {{"Counters", zeros3}}, "Counters"},
+      {"Counters garbage", setLine("Counters", "Counters=@Variant(\\xff\\xff\\xff)"), {{"Counters", zeros3}}, "Counters"},
+      {"Timers missing", setLine("Timers", ""), {{"Timers", zeros12}}, "Timers"},
+      {"Timers short", setLine("Timers", "Timers=1, 2, 3, 4, 5, 6"), {{"Timers", {Ints{1, 2, 3, 4, 5, 6, 0, 0, 0, 0, 0, 0}}}}, "Timers"},
+      {"Timers long", setLine("Timers", "Timers=1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0, 77"), {{"Timers", {kTimers, true}}}, "Timers"},
+      {"Timers garbage element", setLine("Timers", "Timers=1, 2, 3, 4, 5, ?, 7, 8, 9, 0, 0, 0"),
+       {{"Timers", {Ints{1, 2, 3, 4, 5, 0, 7, 8, 9, 0, 0, 0}}}}, "Timers"},
+      {"Timers wrong type", setLine("Timers", "Timers=12"), {{"Timers", zeros12}}, "Timers"},
+      {"TotalForAvg missing", setLine("TotalForAvg", ""), {{"TotalForAvg", zeros3}}, "TotalForAvg"},
+      {"TotalForAvg short", setLine("TotalForAvg", "TotalForAvg=4, 5"), {{"TotalForAvg", {Ints{4, 5, 0}}}}, "TotalForAvg"},
+      {"TotalForAvg long", setLine("TotalForAvg", "TotalForAvg=4, 5, 6, 7, 8"), {{"TotalForAvg", {kTotalForAvg, true}}}, "TotalForAvg"},
+      {"TotalForAvg garbage", setLine("TotalForAvg", "TotalForAvg=\\x1\\x2"), {{"TotalForAvg", zeros3}}, "TotalForAvg"},
+      {"ButtonId missing", setLine("ButtonId", ""), {{"ButtonId", {Ints{1}}}}, "ButtonId"},
+      {"ButtonId wrong type", setLine("ButtonId", "ButtonId=1, 2"), {{"ButtonId", anyScalar}}, "ButtonId"},
+      {"ButtonId garbage", setLine("ButtonId", "ButtonId=@Variant(\\0)"), {{"ButtonId", anyScalar}}, "ButtonId"},
+      {"TapValue missing", setLine("TapValue", ""), {{"TapValue", {Ints{1}}}}, "TapValue"},
+      {"TapValue garbage", setLine("TapValue", "TapValue=three"), {{"TapValue", anyScalar}}, "TapValue"},
+      {"DateOfInactive missing", setLine("DateOfInactive", ""), {}, "DateOfInactive"},
+      {"DateOfInactive wrong type", setLine("DateOfInactive", "DateOfInactive=5, 6"), {}, "DateOfInactive"},
+      {"DateOfInactive garbage", setLine("DateOfInactive", "DateOfInactive=@DateTime(zz)"), {}, "DateOfInactive"},
+      {"junk lines between keys", [](QByteArray t) { return t.replace("\nTapValue=", "\n=====\n\x01\x02 junk\nTapValue="); }, {}},
+      {"junk section at the end", [](QByteArray t) { return t + "\n[[[junk\nCounters=9, 9, 9\n"; }, {}},
+  };
+  Case empty{"empty file", replaceAll(""), {}};
+  Case junk{"binary junk file", replaceAll(QByteArray("\x00\xff\xfe junk\n\x7f=\x01\n", 13)), {}};
+  for (Case* whole : {&empty, &junk}) {
+    whole->expect = {{"Counters", zeros3}, {"Timers", zeros12}, {"TotalForAvg", zeros3},
+                     {"ButtonId", {Ints{1}}}, {"TapValue", {Ints{1}}}};
+    c.push_back(*whole);
+  }
+  return c;
+}
+
+QByteArray baseFile(const QTemporaryDir& dir) {
+  const QString path = dir.filePath("base.ini");
+  reliability::NullLog log;
+  zellick::qt::QSettingsDefaults d(path, log);
+  auto array = [](const Ints& v) {
+    zellick::DefaultsArray a;
+    for (int i : v) a.emplace_back(std::in_place_type<long long>, i);
+    return a;
+  };
+  d.setObject("Counters", array(kCounters));
+  d.setObject("Timers", array(kTimers));
+  d.setObject("TotalForAvg", array(kTotalForAvg));
+  d.setInteger("ButtonId", kButtonId);
+  d.setObject("DateOfInactive", zellick::Date{1700000000.5});
+  d.setInteger("TapValue", kTapValue);
+  d.synchronize();
+  QFile f(path);
+  f.open(QIODevice::ReadOnly);
+  return f.readAll();
+}
+
+// Problems with `key` in the saved file against what was expected of it.
+void check(const zellick::UserDefaults& d, const std::string& key, const Ints& original, const Expect& e,
+           std::vector<std::string>& problems) {
+  std::vector<std::string> found;
+  Ints got;
+  if (original.size() > 1) {
+    got = reliability::readInts(d, key.c_str(), original.size(), found);
+    if (e.extraAllowed && got.size() > original.size()) {
+      std::erase_if(found, [](const std::string& p) { return p.find(" elements") != std::string::npos; });
+      got.resize(original.size());
+    }
+  } else {
+    auto v = d.objectForKey(key);
+    if (!v || !zellick::intValue(*v)) {
+      found.push_back(key + " missing or not a number");
+    } else {
+      got = {*zellick::intValue(*v)};
+    }
+  }
+  problems.insert(problems.end(), found.begin(), found.end());
+  if (!found.empty() || !e.ints) return;
+  if (got != *e.ints) {
+    std::string text = key + " is";
+    for (int i : got) text += " " + std::to_string(i);
+    text += ", expected";
+    for (int i : *e.ints) text += " " + std::to_string(i);
+    problems.push_back(text);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QCoreApplication app(argc, argv);
+  QString appPath, only;
+  const QStringList args = app.arguments();
+  for (int i = 1; i + 1 < args.size(); i += 2) {
+    if (args[i] == "--app") appPath = args[i + 1];
+    if (args[i] == "--only") only = args[i + 1];
+  }
+  if (appPath.isEmpty()) {
+    std::fprintf(stderr, "usage: %s --app PATH [--only NAME]\n", argv[0]);
+    return 2;
+  }
+
+  QTemporaryDir dir;
+  const QByteArray base = baseFile(dir);
+  const std::map<std::string, Ints> originals = {{"Counters", kCounters}, {"Timers", kTimers},
+                                                 {"TotalForAvg", kTotalForAvg}, {"ButtonId", {kButtonId}},
+                                                 {"TapValue", {kTapValue}}};
+  int failed = 0, ran = 0, logged = 0;
+  for (const Case& c : cases()) {
+    if (!only.isEmpty() && only != c.name) continue;
+    ++ran;
+    const QString settings = dir.filePath(QString("case%1/defaults.ini").arg(ran));
+    QTemporaryDir home;
+    QDir().mkpath(QFileInfo(settings).absolutePath());
+    QFile f(settings);
+    f.open(QIODevice::WriteOnly);
+    f.write(c.damage(base));
+    f.close();
+
+    QProcess p;
+    p.setProcessEnvironment(reliability::appEnvironment(home, settings));
+    const double started = QDateTime::currentMSecsSinceEpoch() / 1000.0;
+    p.start(appPath, {"--silent", "--exit-after-first-frame"});
+    const bool finished = p.waitForFinished(30000);
+    const QByteArray err = p.readAllStandardError();
+
+    std::vector<std::string> problems;
+    if (!finished) {
+      p.kill();
+      p.waitForFinished();
+      problems.push_back("the app did not quit within 30 s");
+    } else if (p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
+      problems.push_back("the app ended with status " + std::to_string(p.exitCode()) +
+                         (p.exitStatus() == QProcess::CrashExit ? " (crash)" : ""));
+    }
+    const bool mentioned = c.key && err.contains(c.key);
+    if (mentioned) ++logged;
+
+    reliability::NullLog log;
+    zellick::qt::QSettingsDefaults d(settings, log);
+    for (const auto& [key, original] : originals) {
+      auto e = c.expect.find(key);
+      check(d, key, original, e == c.expect.end() ? Expect{original} : e->second, problems);
+    }
+    auto date = d.objectForKey("DateOfInactive");
+    if (!date || !std::holds_alternative<zellick::Date>(*date) ||
+        std::fabs(std::get<zellick::Date>(*date).seconds - started) > 60) {
+      problems.push_back("DateOfInactive is not the time of the save");
+    }
+
+    std::printf("%-28s %s%s\n", c.name, problems.empty() ? "ok" : "FAILED",
+                c.key ? (mentioned ? "  (logged)" : "  (no log line names the key)") : "");
+    for (const auto& why : problems) std::printf("    %s\n", why.c_str());
+    if (!problems.empty()) {
+      ++failed;
+      std::printf("    app log:\n%s\n", err.right(2000).constData());
+    }
+  }
+  std::printf("corruption test: cases=%d passed=%d failed=%d, logged the damaged key in %d\n", ran, ran - failed,
+              failed, logged);
+  return failed == 0 && ran > 0 ? 0 : 1;
+}
