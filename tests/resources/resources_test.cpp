@@ -150,13 +150,13 @@ TEST(Artwork, FontIsBundled)
 
 // ---------------------------------------------------------------- sounds
 
-struct SoundSpec {
+struct SoundCase {
     const char* name;
     double minMs, maxMs;
     int minClicks, maxClicks;
 };
 
-constexpr SoundSpec kSounds[] = {
+constexpr SoundCase kSounds[] = {
     {"Counter Click2", 35, 70, 1, 2},
     {"ButtonLetUp", 20, 70, 1, 1},
     {"Counter Click3", 15, 60, 1, 1},
@@ -209,20 +209,20 @@ std::filesystem::path bundled(const char* name)
     return std::filesystem::path(ZELLICK_BUNDLE_DIR) / (std::string(name) + ".caf");
 }
 
-class SoundTest : public ::testing::TestWithParam<SoundSpec> {};
+class SoundTest : public ::testing::TestWithParam<SoundCase> {};
 
 TEST_P(SoundTest, IsARealUnclippedClick)
 {
-    const SoundSpec spec = GetParam();
-    const Audio a = load(bundled(spec.name));
-    ASSERT_FALSE(a.samples.empty()) << spec.name;
+    const SoundCase sound = GetParam();
+    const Audio a = load(bundled(sound.name));
+    ASSERT_FALSE(a.samples.empty()) << sound.name;
     EXPECT_EQ(a.info.format, SF_FORMAT_CAF | SF_FORMAT_PCM_16);
     EXPECT_EQ(a.info.channels, 1);
     EXPECT_EQ(a.info.samplerate, 44100);
 
     const double ms = 1000.0 * double(a.info.frames) / a.info.samplerate;
-    EXPECT_GE(ms, spec.minMs);
-    EXPECT_LE(ms, spec.maxMs);
+    EXPECT_GE(ms, sound.minMs);
+    EXPECT_LE(ms, sound.maxMs);
 
     double peak = 0, energy = 0;
     std::size_t railed = 0;
@@ -238,8 +238,8 @@ TEST_P(SoundTest, IsARealUnclippedClick)
     EXPECT_LT(rms, 0.5 * peak) << "not a click: no decay";
 
     const int clicks = countClicks(a.samples, a.info.samplerate, peak);
-    EXPECT_GE(clicks, spec.minClicks);
-    EXPECT_LE(clicks, spec.maxClicks);
+    EXPECT_GE(clicks, sound.minClicks);
+    EXPECT_LE(clicks, sound.maxClicks);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SoundTest, ::testing::ValuesIn(kSounds),
@@ -269,7 +269,7 @@ TEST(Sounds, GeneratorIsDeterministic)
         std::ifstream in(p, std::ios::binary);
         return std::vector<char>(std::istreambuf_iterator<char>(in), {});
     };
-    for (const SoundSpec& s : kSounds) {
+    for (const SoundCase& s : kSounds) {
         const auto fresh = bytes(dir / (std::string(s.name) + ".caf"));
         EXPECT_FALSE(fresh.empty()) << s.name;
         EXPECT_EQ(fresh, bytes(bundled(s.name))) << s.name;
