@@ -94,10 +94,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         LockCase{"ButtonAdd", 1, {"ButtonMinus", "ButtonReset", "ButtonB", "ButtonC"}},
         LockCase{"ButtonAdd", 2, {"ButtonMinus", "ButtonReset", "ButtonA", "ButtonC"}},
-        LockCase{"ButtonAdd", 3, {"ButtonMinus", "ButtonReset", "ButtonA", "ButtonB"}},
         LockCase{"ButtonAdd", 9, {"ButtonMinus", "ButtonReset", "ButtonA", "ButtonB"}},
-        LockCase{"ButtonMinus", 1, {"ButtonAdd", "ButtonReset", "ButtonB", "ButtonC"}},
-        LockCase{"ButtonMinus", 2, {"ButtonAdd", "ButtonReset", "ButtonA", "ButtonC"}},
         LockCase{"ButtonMinus", 3, {"ButtonAdd", "ButtonReset", "ButtonA", "ButtonB"}}));
 
 TEST_F(CounterTest, AddClicksOnlyWhileHighlightedAndReleaseClicksBack) {

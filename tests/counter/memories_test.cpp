@@ -50,17 +50,6 @@ INSTANTIATE_TEST_SUITE_P(
                       SelectCase{"ButtonC", 3, {"a-up.png", "b-up.png", "c-down.png"}, "MemoryC"}),
     [](const auto& info) { return std::string(info.param.tag); });
 
-TEST_F(CounterTest, SelectionRunsItsStepsInOrder) {
-  p().tap("ButtonC");
-  const auto e = events();
-  std::vector<std::string> kinds;
-  for (const auto& line : e) {
-    if (line.find(" sound ") != std::string::npos) kinds.push_back("sound");
-    if (line.find(" track ") != std::string::npos) kinds.push_back(line.substr(line.find("track")));
-  }
-  EXPECT_THAT(kinds, ElementsAre("sound", "track MemoryC"));
-}
-
 TEST_F(CounterTest, OtherMemoriesClocksRunOnWhileAnotherIsShown) {
   p().touch("LabelTimer", 1);  // start A's clock
   wait(1.0);

@@ -103,34 +103,12 @@ INSTANTIATE_TEST_SUITE_P(
                    {0.14, "ImageView1", 0, 0.15}}}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST_F(CounterTest, RemaindersHoldTheLastDigitEachWheelWasToldToShow) {
-  setCount(257);
-  c().remainder1 = 7;
-  c().remainder2 = 5;
-  c().remainder3 = 2;
-  c().totalB = 134;
-  p().tap("ButtonB");
-  EXPECT_EQ(c().remainder1, 4);
-  EXPECT_EQ(c().remainder2, 3);
-  EXPECT_EQ(c().remainder3, 1);
-  EXPECT_EQ(c().remainder4, 0) << "unchanged digits leave their field alone";
-  EXPECT_EQ(c().previousValue, 0);
-}
-
 TEST_F(CounterTest, UnchangedCountMovesNothingAndClearsMinus) {
   setCount(42);
   c().IsMinusClicked = true;
   c().Show();
   EXPECT_THAT(events("move"), IsEmpty());
   EXPECT_FALSE(c().IsMinusClicked);
-}
-
-TEST_F(CounterTest, PreviousTotal10000ReadsAsZero) {
-  c().total = 1;
-  c().previousTotal = 10000;
-  c().Show();
-  EXPECT_EQ(c().previousValue, 1);
-  EXPECT_THAT(events("move"), ElementsAreArray({move(1, "ImageView4", 1, 0.3)}));
 }
 
 struct TwoChanges {
