@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/sim/memory_defaults.h"
-#include "support/faulty_defaults.h"
 
 namespace zellick::sim {
 namespace {
@@ -46,21 +45,6 @@ TEST(SimDefaultsJson, EveryValueTypeRoundTripsExactly) {
   }
 }
 
-TEST(SimDefaultsJson, DomainIsOneSortedLine) {
-  std::map<std::string, DefaultsValue> values{
-      {"TapValue", 2LL}, {"Counters", DefaultsArray{1LL, 2LL, 3LL}}, {"DateOfInactive", Date{10.5}}};
-  const std::string json = toJson(values);
-  EXPECT_EQ(json, "{\"Counters\":[1,2,3],\"DateOfInactive\":{\"date\":10.5},\"TapValue\":2}");
-  std::string error;
-  auto back = defaultsFromJson(json, error);
-  ASSERT_TRUE(back) << error;
-  EXPECT_EQ(*back, values);
-  // Blanks, line breaks, \u escapes and surrogate pairs are accepted on the way in.
-  back = defaultsFromJson(" {\n \"s\" : \"\\u00e4\\ud83d\\ude00\" , \"e\":[ ] }\n", error);
-  ASSERT_TRUE(back) << error;
-  EXPECT_EQ(back->at("s"), DefaultsValue(std::string("\xC3\xA4\xF0\x9F\x98\x80")));
-}
-
 TEST(SimDefaultsJson, MalformedInputIsRefusedWithWhereAndWhy) {
   const std::pair<const char*, const char*> cases[] = {
       {"", "line 1, column 1: expected a JSON object"},
@@ -85,48 +69,6 @@ TEST(SimDefaultsJson, MalformedInputIsRefusedWithWhereAndWhy) {
     EXPECT_FALSE(defaultsFromJson(text, error)) << text;
     EXPECT_NE(error.find(message), std::string::npos) << text << " gave: " << error;
   }
-}
-
-TEST(SimMemoryDefaults, KeepsValuesExactly) {
-  MemoryDefaults store;
-  EXPECT_FALSE(store.objectForKey("ButtonId"));
-  store.setInteger("ButtonId", 2);
-  store.setObject("Timers", DefaultsArray{1LL, std::string("2")});
-  EXPECT_EQ(store.integerForKey("ButtonId"), 2);
-  EXPECT_EQ(store.arrayForKey("Timers"), (DefaultsArray{1LL, std::string("2")}));
-  EXPECT_FALSE(store.arrayForKey("ButtonId"));
-  store.removeObjectForKey("ButtonId");
-  EXPECT_FALSE(store.objectForKey("ButtonId"));
-  EXPECT_TRUE(store.synchronize());
-  EXPECT_EQ(store.synchronizeCount(), 1);
-}
-
-TEST(FaultyDefaults, FailsOnCueAndPassesThroughOtherwise) {
-  MemoryDefaults store;
-  testing::FaultyDefaults faulty(store);
-  faulty.failNextSynchronize(2);
-  EXPECT_FALSE(faulty.synchronize());
-  EXPECT_FALSE(faulty.synchronize());
-  EXPECT_TRUE(faulty.synchronize());
-  EXPECT_EQ(store.synchronizeCount(), 1);
-
-  faulty.dropNextWrites(1);
-  faulty.setInteger("a", 1);
-  faulty.setInteger("b", 2);
-  EXPECT_FALSE(store.objectForKey("a"));
-  EXPECT_EQ(faulty.integerForKey("b"), 2);
-
-  faulty.dropAllWrites(true);
-  faulty.removeObjectForKey("b");
-  EXPECT_EQ(store.integerForKey("b"), 2);
-  faulty.dropAllWrites(false);
-  faulty.failAllSynchronize(true);
-  EXPECT_FALSE(faulty.synchronize());
-  faulty.removeObjectForKey("b");
-  EXPECT_FALSE(store.objectForKey("b"));
-  EXPECT_EQ(faulty.droppedWrites(), 2);
-  EXPECT_EQ(faulty.failedSynchronizes(), 3);
-  EXPECT_EQ(faulty.synchronizeCalls(), 4);
 }
 
 }  // namespace

@@ -11,38 +11,6 @@ bool contains(const std::vector<std::string>& lines, const std::string& line) {
   return std::find(lines.begin(), lines.end(), line) != lines.end();
 }
 
-TEST(SimServices, SoundsBundleAndMovesAreRecorded) {
-  VirtualTime time;
-  EventRecorder events(time);
-  SimBundle bundle;
-  SimSoundOutput sound(events);
-  const std::tuple<const char*, const char*, std::optional<std::string>> lookups[] = {
-      {"Counter Click2", "caf", "sounds/Counter Click2.caf"},
-      {"Counter Clicking Fast", "caf", "sounds/Counter Clicking Fast.caf"},
-      {"Counter Click2", "wav", std::nullopt},
-      {"Counter Click", "caf", std::nullopt},
-  };
-  for (const auto& [name, type, path] : lookups) EXPECT_EQ(bundle.pathForResource(name, type), path);
-
-  VirtualRunLoop loop(time);
-  loop.advance(0.14);
-  auto player = sound.playerWithContentsOfFile(*bundle.pathForResource("ResetButton", "caf"));
-  player->play();
-  player->stop();
-  sound.playerWithContentsOfFile("")->play();
-  SimImageView wheel("ImageView4", {10, 20, 46, 1111}, "numbers.png", events);
-  wheel.animateFrame({10, -810.7, 46, 1111}, 0.15);
-  EXPECT_EQ(wheel.frame().y, -810.7);  // the model value is the target at once
-  wheel.setCenter({33, 600});
-  events.record("log two\nlines");
-  EXPECT_EQ(events.takeNew(),
-            (std::vector<std::string>{"t=0.14 sound ResetButton", "t=0.14 stop ResetButton",
-                                      "t=0.14 move ImageView4 y=-810.7 duration=0.15",
-                                      "t=0.14 move ImageView4 y=44.5 duration=0",
-                                      "t=0.14 log two\\nlines"}));
-  EXPECT_TRUE(events.takeNew().empty());
-}
-
 TEST(SimServices, AlertsAreAnsweredOnceFrontFirst) {
   VirtualTime time;
   EventRecorder events(time);
@@ -74,21 +42,6 @@ TEST(SimServices, AlertsAreAnsweredOnceFrontFirst) {
 }
 
 // The tests below run the real controller on the platform.
-
-TEST(SimProcess, ScreenIsLaidOutForTheHeight) {
-  for (double height : {480.0, 568.0}) {
-    Simulation sim({.screenHeight = height});
-    Process& p = sim.start();
-    const double gap = (height - 460) / 2;
-    EXPECT_EQ(p.imageView("baseImageView")->frame(), (Rect{0, gap, 320, 460}));
-    EXPECT_EQ(p.root().bounds(), (Rect{0, 0, 320, height}));
-    EXPECT_EQ(p.label("LabelTimer")->tag(), kLabelTimerTag);
-    EXPECT_EQ(p.label("LabelAvg")->tag(), kLabelAvgTag);
-    EXPECT_EQ(p.button("ButtonAdd")->frame().w, 110);
-    EXPECT_EQ(p.nameOf(p.view("view")), "view");
-    EXPECT_EQ(p.view("nothing"), nullptr);
-  }
-}
 
 TEST(SimProcess, PressesFollowInteractionAndReleasesFollowPresses) {
   Simulation sim;

@@ -170,20 +170,5 @@ TEST(SimDriver, OptionsAndFilesAreChecked) {
             std::string::npos);
 }
 
-TEST(SimDriver, NewCommandsSlotIntoTheTable) {
-  Simulation sim;
-  std::ostringstream out, err;
-  Driver driver(sim, out, err);
-  sim.start();
-  driver.define("echo", "echo WORD", 1, [&out](const Driver::Args& a) {
-    out << a[0] << '\n';
-    return std::string();
-  });
-  std::istringstream script("echo hello\necho\n");
-  EXPECT_EQ(driver.run(script), 1);
-  EXPECT_EQ(out.str(), "hello\n");
-  EXPECT_EQ(err.str(), "zellick-sim: line 2: expected 'echo WORD'\n");
-}
-
 }  // namespace
 }  // namespace zellick::sim
