@@ -1,0 +1,46 @@
+// Counts libxml2 blocks so tests can check that each one hands back what it allocated.
+#include <cstdlib>
+#include <cstring>
+
+#include <libxml/parser.h>
+#include <libxml/xmlmemory.h>
+
+#include "xml_test_support.h"
+
+namespace {
+long g_live = 0;
+void countedFree(void *p) {
+    if (p) --g_live;
+    std::free(p);
+}
+void *countedMalloc(size_t n) {
+    void *p = std::malloc(n);
+    if (p) ++g_live;
+    return p;
+}
+void *countedRealloc(void *p, size_t n) {
+    void *q = std::realloc(p, n);
+    if (!p && q) ++g_live;
+    return q;
+}
+char *countedStrdup(const char *s) {
+    char *p = static_cast<char *>(countedMalloc(std::strlen(s) + 1));
+    if (p) std::strcpy(p, s);
+    return p;
+}
+void quiet(void *, const char *, ...) {}
+void quietLog(const std::string &) {}
+} // namespace
+
+long zxmlLiveBlocks() { return g_live; }
+
+int main(int argc, char **argv) {
+    xmlMemSetup(countedFree, countedMalloc, countedRealloc, countedStrdup);
+    xmlSetGenericErrorFunc(nullptr, quiet);
+    ZXMLSetLogHandler(quietLog);
+    // libxml2 sets up some globals lazily on first use; do that before any test counts.
+    if (auto doc = ZXMLDocument::initWithXMLString("<r xmlns:p='urn:p'><p:a/></r>", 0, nullptr))
+        doc->nodesForXPath("//p:a|//namespace::*", nullptr);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
