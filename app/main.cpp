@@ -14,7 +14,8 @@
 #include "platform/qt/lifecycle.h"
 #include "platform/qt/qt_log.h"
 #include "platform/qt/settings_defaults.h"
-#include "platform/qt/sound_output.h"
+#include "platform/qt/deferred_sound.h"
+#include "platform/qt/font_setup.h"
 
 namespace {
 
@@ -26,6 +27,15 @@ QString settingsPath() {
   return QDir(dir).filePath(QStringLiteral("defaults.ini"));
 }
 
+// Rendered artwork kept between starts; $ZELLICK_ARTWORK_CACHE overrides, "off" disables.
+QString artworkCacheDir() {
+  const QByteArray env = qgetenv("ZELLICK_ARTWORK_CACHE");
+  if (env == "off") return {};
+  if (!env.isEmpty()) return QString::fromLocal8Bit(env);
+  const QString dir = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
+  return dir.isEmpty() ? QString() : QDir(dir).filePath(QStringLiteral("artwork"));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -35,15 +45,19 @@ int main(int argc, char** argv) {
 
   zellick::StderrLog log;
   const zellick::LaunchOptions options = zellick::parseLaunchOptions(app.arguments(), log);
-  zellick::registerBundledFonts(log);
+  // Fonts are set up beside the QML compilation; the screen waits for them before its text.
+  zellick::qt::FontSetupAhead fontSetup([&log] { return zellick::registerBundledFonts(log); });
 
   zellick::qt::QSettingsDefaults defaults(settingsPath(), log);
-  zellick::qt::QtSoundOutput sound(log, options.silent ? zellick::qt::QtSoundOutput::Device::None
-                                                       : zellick::qt::QtSoundOutput::Device::Default);
+  // The audio stack is loaded after the first frame, or by the first click before it.
+  using SoundDevice = zellick::qt::DeferredSoundOutput::Device;
+  zellick::qt::DeferredSoundOutput sound(log, options.silent ? SoundDevice::None : SoundDevice::Default);
   zellick::DirectoryBundle bundle(zellick::bundleFolders());
   zellick::UnsentTracker tracker;
 
   zellick::CounterApp counter({defaults, sound, bundle, log, tracker});
+  counter.setArtworkCacheDir(artworkCacheDir());
+  counter.setBeforeCreate([&fontSetup] { fontSetup.wait(); });
   QVariantMap windowProperties;
   if (options.width > 0) windowProperties = {{"width", options.width}, {"height", options.height}};
   if (!counter.load(QUrl(QStringLiteral("qrc:/qml/Main.qml")), windowProperties)) return 1;
@@ -54,6 +68,7 @@ int main(int argc, char** argv) {
   zellick::qt::QtLifecycle lifecycle(counter.notifications(), log);
   lifecycle.watchWindow(window);
   lifecycle.start();
+  sound.loadAfterFirstFrame(window);
 
   if (options.stressLoop >= 0)
     zellick::startStressLoop(counter.controller(), counter.notifications(), options.stressLoop);

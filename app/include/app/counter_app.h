@@ -3,6 +3,7 @@
 #include <QUrl>
 #include <QVariantMap>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -45,6 +46,10 @@ class CounterApp {
   // `windowProperties` are set on the window as it is created (e.g. its width and height).
   bool load(const QUrl& url = QUrl(QStringLiteral("qrc:/qml/Main.qml")),
             const QVariantMap& windowProperties = {});
+  // Where the screen keeps rendered artwork between starts (see QtScreen); before load().
+  void setArtworkCacheDir(const QString& dir) { artworkCacheDir_ = dir; }
+  // See QtScreen::setBeforeCreate; before load().
+  void setBeforeCreate(std::function<void()> run) { beforeCreate_ = std::move(run); }
   // The controller's start: its view is loaded and about to appear.
   void start();
   // Posts become-active, for callers without a life-cycle source of their own.
@@ -57,6 +62,8 @@ class CounterApp {
 
  private:
   CounterAppParts parts_;
+  QString artworkCacheDir_;
+  std::function<void()> beforeCreate_;
   QtRunLoop runLoop_;
   QtClock clock_;
   NotificationCenter notifications_;

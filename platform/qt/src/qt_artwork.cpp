@@ -1,32 +1,161 @@
 #include "platform/qt/qt_artwork.h"
 
+#include <QCoreApplication>
+#include <QCryptographicHash>
+#include <QBuffer>
+#include <QDir>
 #include <QFile>
-#include <QPainter>
-#include <QSvgRenderer>
+#include <QImageReader>
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
 
 namespace zellick {
 
-QImage ArtworkProvider::requestImage(const QString& id, QSize* size, const QSize& requestedSize) {
-  const QString path = QStringLiteral(":/images/%1.svg").arg(id);
-  if (id.contains(QLatin1Char('/')) || !QFile::exists(path)) return {};
-  QSvgRenderer renderer(path);
-  if (!renderer.isValid()) return {};
-  const QSize natural = renderer.defaultSize();
-  if (size) *size = natural;
+namespace {
+
+// Texture sizes beyond this are refused by common GPUs.
+constexpr int kMaxSide = 8192;
+
+// File layout: this header, then the pixels row after row with no padding.
+struct CacheHeader {
+  char magic[4];
+  std::uint32_t version;
+  std::int32_t naturalWidth, naturalHeight;
+  std::int32_t width, height;
+  std::uint32_t format;
+};
+constexpr char kMagic[4] = {'Z', 'A', 'R', 'T'};
+constexpr std::uint32_t kCacheVersion = 1;
+constexpr QImage::Format kFormat = QImage::Format_ARGB32_Premultiplied;
+
+bool sensible(int w, int h) { return w > 0 && h > 0 && w <= kMaxSide && h <= kMaxSide; }
+
+// Through Qt's SVG image plugin, which is loaded only when something has to be rendered:
+// starts served from the cache never load the SVG library.
+QImage render(QByteArray svg, QSize* natural, const QSize& requestedSize) {
+  QBuffer buffer(&svg);
+  buffer.open(QIODevice::ReadOnly);
+  QImageReader reader(&buffer, "svg");
+  *natural = reader.size();
+  if (!natural->isValid() || natural->isEmpty()) {
+    qWarning("artwork: cannot read the SVG (%s)", qPrintable(reader.errorString()));
+    return {};
+  }
   QSize target = requestedSize;
   if (target.width() <= 0 && target.height() <= 0) {
-    target = natural;
+    target = *natural;
   } else if (target.width() <= 0) {
-    target.setWidth(qMax(1, natural.width() * target.height() / qMax(1, natural.height())));
+    target.setWidth(qMax(1, natural->width() * target.height() / qMax(1, natural->height())));
   } else if (target.height() <= 0) {
-    target.setHeight(qMax(1, natural.height() * target.width() / qMax(1, natural.width())));
+    target.setHeight(qMax(1, natural->height() * target.width() / qMax(1, natural->width())));
   }
-  // Texture sizes beyond this are refused by common GPUs.
-  target = target.boundedTo(QSize(8192, 8192));
-  QImage image(target, QImage::Format_ARGB32_Premultiplied);
-  image.fill(Qt::transparent);
-  QPainter painter(&image);
-  renderer.render(&painter);
+  target = target.boundedTo(QSize(kMaxSide, kMaxSide));
+  reader.setScaledSize(target);
+  QImage image = reader.read();
+  if (image.isNull()) {
+    qWarning("artwork: cannot render the SVG (%s)", qPrintable(reader.errorString()));
+    return {};
+  }
+  return image.format() == kFormat ? image : image.convertToFormat(kFormat);
+}
+
+}  // namespace
+
+QString artworkCacheName(const QString& id, const QSize& requestedSize, const QByteArray& svg) {
+  const QByteArray digest = QCryptographicHash::hash(svg, QCryptographicHash::Sha1).toHex().left(16);
+  return QStringLiteral("%1-%2x%3-%4.raw")
+      .arg(id)
+      .arg(requestedSize.width())
+      .arg(requestedSize.height())
+      .arg(QString::fromLatin1(digest));
+}
+
+QImage readArtworkCache(const QString& path, QSize* natural) {
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) return {};
+  CacheHeader h{};
+  if (file.read(reinterpret_cast<char*>(&h), sizeof h) != sizeof h) return {};
+  if (std::memcmp(h.magic, kMagic, sizeof kMagic) != 0 || h.version != kCacheVersion ||
+      h.format != static_cast<std::uint32_t>(kFormat) || !sensible(h.width, h.height) ||
+      !sensible(h.naturalWidth, h.naturalHeight))
+    return {};
+  const qint64 rowBytes = qint64(h.width) * 4;
+  if (file.size() != qint64(sizeof h) + rowBytes * h.height) return {};
+  QImage image(h.width, h.height, kFormat);
+  if (image.isNull()) return {};
+  if (image.bytesPerLine() == rowBytes) {
+    if (file.read(reinterpret_cast<char*>(image.bits()), rowBytes * h.height) != rowBytes * h.height)
+      return {};
+  } else {
+    for (int y = 0; y < h.height; ++y)
+      if (file.read(reinterpret_cast<char*>(image.scanLine(y)), rowBytes) != rowBytes) return {};
+  }
+  if (natural) *natural = QSize(h.naturalWidth, h.naturalHeight);
+  return image;
+}
+
+bool writeArtworkCache(const QString& path, const QImage& image, QSize natural) {
+  if (image.isNull() || !sensible(image.width(), image.height()) ||
+      !sensible(natural.width(), natural.height()))
+    return false;
+  const QImage pixels = image.format() == kFormat ? image : image.convertToFormat(kFormat);
+  static std::atomic<unsigned> serial{0};
+  // Unique per process and call: two writers of one file never share a temporary.
+  const QString temp = QStringLiteral("%1.%2-%3.tmp")
+                           .arg(path)
+                           .arg(QCoreApplication::applicationPid())
+                           .arg(serial.fetch_add(1));
+  QFile file(temp);
+  if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) return false;
+  CacheHeader h{};
+  std::memcpy(h.magic, kMagic, sizeof kMagic);
+  h.version = kCacheVersion;
+  h.naturalWidth = natural.width();
+  h.naturalHeight = natural.height();
+  h.width = pixels.width();
+  h.height = pixels.height();
+  h.format = static_cast<std::uint32_t>(kFormat);
+  bool ok = file.write(reinterpret_cast<const char*>(&h), sizeof h) == sizeof h;
+  const qint64 rowBytes = qint64(pixels.width()) * 4;
+  for (int y = 0; ok && y < pixels.height(); ++y)
+    ok = file.write(reinterpret_cast<const char*>(pixels.constScanLine(y)), rowBytes) == rowBytes;
+  file.close();
+  ok = ok && file.error() == QFileDevice::NoError;
+  // rename() replaces an existing file atomically; QFile::rename would refuse to.
+  if (!ok || std::rename(QFile::encodeName(temp).constData(), QFile::encodeName(path).constData()) != 0) {
+    QFile::remove(temp);
+    return false;
+  }
+  return true;
+}
+
+QImage ArtworkProvider::requestImage(const QString& id, QSize* size, const QSize& requestedSize) {
+  const QString path = QStringLiteral(":/images/%1.svg").arg(id);
+  if (id.isEmpty() || id.contains(QLatin1Char('/')) || id.contains(QLatin1Char('\\'))) return {};
+  QFile source(path);
+  if (!source.open(QIODevice::ReadOnly)) return {};
+  const QByteArray svg = source.readAll();
+
+  QString cached;
+  if (!cacheDir_.isEmpty()) {
+    cached = QDir(cacheDir_).filePath(artworkCacheName(id, requestedSize, svg));
+    QSize natural;
+    QImage image = readArtworkCache(cached, &natural);
+    if (!image.isNull()) {
+      if (size) *size = natural;
+      return image;
+    }
+  }
+
+  QSize natural;
+  QImage image = render(svg, &natural, requestedSize);
+  if (image.isNull()) return {};
+  if (size) *size = natural;
+  // A cache that cannot be written only costs the next start the rendering.
+  if (!cached.isEmpty() && QDir().mkpath(cacheDir_)) writeArtworkCache(cached, image, natural);
   return image;
 }
 

@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QQmlApplicationEngine>
+#include <QQmlComponent>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QStyleHints>
@@ -46,13 +47,14 @@ QQuickItem* findItem(QQuickItem* from, const QString& name) {
 
 }  // namespace
 
-bool registerBundledFonts(Log& log) {
+QStringList registerBundledFonts(Log& log) {
   const QString path = QStringLiteral(":/fonts/RobotoCondensed-Bold.ttf");
-  if (QFontDatabase::addApplicationFont(path) < 0) {
+  const int id = QFontDatabase::addApplicationFont(path);
+  if (id < 0) {
     log.line("could not load the label font " + path.toStdString() + "; using the default font");
-    return false;
+    return {};
   }
-  return true;
+  return QFontDatabase::applicationFontFamilies(id);
 }
 
 QtScreen::QtScreen(Log& log, std::map<std::string, int> labelTags, QObject* parent)
@@ -75,7 +77,12 @@ QtScreen::~QtScreen() {
 bool QtScreen::load(const QUrl& url, const QVariantMap& windowProperties) {
   engine_ = std::make_unique<QQmlApplicationEngine>();
   if (!windowProperties.isEmpty()) engine_->setInitialProperties(windowProperties);
-  engine_->addImageProvider(QStringLiteral("art"), new ArtworkProvider);
+  engine_->addImageProvider(QStringLiteral("art"), new ArtworkProvider(artworkCacheDir_));
+  if (beforeCreate_) {
+    // Compiled now, the file is taken from the engine's cache by load() below.
+    QQmlComponent compiled(engine_.get(), url);
+    beforeCreate_();
+  }
   engine_->load(url);
   const auto roots = engine_->rootObjects();
   if (roots.isEmpty()) {

@@ -1,17 +1,35 @@
 #pragma once
 
+#include <QImage>
 #include <QQuickImageProvider>
+#include <QString>
 
 namespace zellick {
 
 // The bundled vector artwork (qrc:/images/<id>.svg) rendered at exactly the size the item
 // asks for, so it stays crisp at any scale. Served to QML as image://art/<id>.
+// With a cache folder, each rendering is kept there as a raw image, so later starts copy
+// pixels instead of parsing and rasterising the SVG again.
 class ArtworkProvider : public QQuickImageProvider {
  public:
-  ArtworkProvider() : QQuickImageProvider(QQuickImageProvider::Image) {}
+  // `cacheDir` empty: no disk cache.
+  explicit ArtworkProvider(QString cacheDir = {})
+      : QQuickImageProvider(QQuickImageProvider::Image), cacheDir_(std::move(cacheDir)) {}
 
   // Thread-safe: each call renders with its own renderer. An unknown id gives a null image.
   QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
+
+ private:
+  QString cacheDir_;
 };
+
+// The raw image cache. A file is named after the artwork, the size asked for and a digest of
+// the SVG data, so changed artwork never meets an old rendering.
+QString artworkCacheName(const QString& id, const QSize& requestedSize, const QByteArray& svg);
+// The image in `path` and the artwork's natural size; a null image when the file is missing,
+// truncated or not a cache file.
+QImage readArtworkCache(const QString& path, QSize* natural);
+// Writes through a temporary file renamed into place, so readers never see half a file.
+bool writeArtworkCache(const QString& path, const QImage& image, QSize natural);
 
 }  // namespace zellick

@@ -5,6 +5,7 @@
 #include <QPointer>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QStringList>
 #include <QUrl>
 #include <QVariantMap>
 
@@ -22,8 +23,9 @@ class QQmlApplicationEngine;
 
 namespace zellick {
 
-// Loads the bundled condensed face the labels use; false (logged) when it cannot be loaded.
-bool registerBundledFonts(Log& log);
+// Loads the bundled condensed face the labels use and returns the families it added; none
+// (logged) when it cannot be loaded. Any thread: Qt's font database locks itself.
+QStringList registerBundledFonts(Log& log);
 
 // The counter screen on Qt Quick: loads the interface file, binds one view per control by
 // objectName, and routes the window's touches to the buttons' actions or to the touch
@@ -41,6 +43,12 @@ class QtScreen : public QObject {
   // load or has no "RootView" item; controls it lacks are logged and left null.
   // `windowProperties` are set on the window as it is created (e.g. width, height).
   bool load(const QUrl& url, const QVariantMap& windowProperties = {});
+  // Where rendered artwork is kept between starts; empty (the default) keeps none. Takes
+  // effect at the next load().
+  void setArtworkCacheDir(const QString& dir) { artworkCacheDir_ = dir; }
+  // Run by load() after the interface file is compiled and before any of it is created
+  // (e.g. registering fonts late, so their set-up overlaps the compilation).
+  void setBeforeCreate(std::function<void()> run) { beforeCreate_ = std::move(run); }
 
   QQuickWindow* window() const { return window_; }
   QQuickItem* rootItem() const { return root_; }
@@ -79,6 +87,8 @@ class QtScreen : public QObject {
 
   Log& log_;
   std::map<std::string, int> labelTags_;
+  QString artworkCacheDir_;
+  std::function<void()> beforeCreate_;
   std::unique_ptr<QQmlApplicationEngine> engine_;
   QPointer<QQuickWindow> window_;
   QPointer<QQuickItem> root_;
