@@ -94,6 +94,15 @@ QtImageView::~QtImageView() {
   if (animation_) animation_->stop();
 }
 
+// Buttons and image views show artwork the same way: the item keeps the name and its URL.
+static void showArtwork(QQuickItem* item, const std::string& name, Log& log) {
+  const QUrl url = artworkUrl(name);
+  if (url.isEmpty()) log.line("no artwork named \"" + name + "\"");
+  if (!item) return;
+  item->setProperty("image", QString::fromStdString(name));
+  item->setProperty("source", url);
+}
+
 void QtImageView::setFrame(const Rect& frame) {
   if (animation_) animation_->stop();
   QtItemView<ImageView>::setFrame(frame);
@@ -101,12 +110,7 @@ void QtImageView::setFrame(const Rect& frame) {
 
 void QtImageView::setImage(const std::string& name) {
   image_ = name;
-  const QUrl url = artworkUrl(name);
-  if (url.isEmpty()) log_.line("no artwork named \"" + name + "\"");
-  if (item_) {
-    item_->setProperty("image", QString::fromStdString(name));
-    item_->setProperty("source", url);
-  }
+  showArtwork(item_, name, log_);
 }
 
 void QtImageView::animateFrame(const Rect& to, double seconds) {
@@ -145,12 +149,7 @@ QtButton::QtButton(QQuickItem* item, QQuickItem* root, Log& log)
 
 void QtButton::setImage(const std::string& name) {
   image_ = name;
-  const QUrl url = artworkUrl(name);
-  if (url.isEmpty()) log_.line("no artwork named \"" + name + "\"");
-  if (item_) {
-    item_->setProperty("image", QString::fromStdString(name));
-    item_->setProperty("source", url);
-  }
+  showArtwork(item_, name, log_);
 }
 
 void QtButton::setHighlighted(bool highlighted) {
