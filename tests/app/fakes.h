@@ -20,56 +20,40 @@ class MemoryDefaults : public UserDefaults {
  public:
   std::optional<DefaultsValue> objectForKey(const std::string& key) const override {
     auto it = values.find(key);
-    if (it == values.end()) return std::nullopt;
-    return it->second;
+    return it == values.end() ? std::nullopt : std::optional<DefaultsValue>(it->second);
   }
   void setObject(const std::string& key, const DefaultsValue& value) override { values[key] = value; }
   void removeObjectForKey(const std::string& key) override { values.erase(key); }
   bool synchronize() override { return true; }
-
   std::map<std::string, DefaultsValue> values;
 };
 
-// Remembers which files were played; never opens an audio device.
-class RecordingSound : public SoundOutput {
+// Remembers which files were played, by path; every resource "exists" under /bundle/.
+class RecordingSound : public SoundOutput, public Bundle {
  public:
   std::shared_ptr<AudioPlayer> playerWithContentsOfFile(const std::string& path) override {
     struct Player : AudioPlayer {
-      Player(RecordingSound& s, std::string p) : sound(s), path(std::move(p)) {}
-      void play() override { sound.played.push_back(path); }
+      Player(std::vector<std::string>& p, std::string f) : played(p), file(std::move(f)) {}
+      void play() override { played.push_back(file); }
       void stop() override {}
-      RecordingSound& sound;
-      std::string path;
+      std::vector<std::string>& played;
+      std::string file;
     };
-    return std::make_shared<Player>(*this, path);
+    return std::make_shared<Player>(played, path);
+  }
+  std::optional<std::string> pathForResource(const std::string& name, const std::string& type) const override {
+    return "/bundle/" + name + "." + type;
   }
   std::vector<std::string> played;
 };
 
-// Every resource "exists" at a made-up path, so sounds are recorded by name.
-class NamedBundle : public Bundle {
- public:
-  std::optional<std::string> pathForResource(const std::string& name,
-                                             const std::string& type) const override {
-    return "/bundle/" + name + "." + type;
-  }
-};
-
-class RecordingLog : public Log {
- public:
+struct RecordingLog : Log {
   void line(const std::string& text) override { lines.push_back(text); }
-  bool has(const std::string& text) const {
-    for (const auto& l : lines)
-      if (l.find(text) != std::string::npos) return true;
-    return false;
-  }
   std::vector<std::string> lines;
 };
 
-class RecordingTracker : public orvtracker {
- public:
-  void Track(const std::string& tag) override { tags.push_back(tag); }
-  std::vector<std::string> tags;
+struct NullTracker : orvtracker {
+  void Track(const std::string&) override {}
 };
 
 // Qt's animations on test time: they move only when advanced.
