@@ -1,7 +1,9 @@
 // The shipped artwork, font and synthesised sounds are usable as-is: every picture is bundled
 // and draws at its layout size, the body lets the wheels show through, and each sound is a real,
 // unclipped click of a sensible length.
+#include <QFile>
 #include <QFontDatabase>
+#include <QRawFont>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
@@ -75,10 +77,18 @@ TEST(Artwork, BodyWindowsAreClear) {
   }
 }
 
-TEST(Artwork, FontIsBundled) {
+TEST(Artwork, FontIsBundledWithEveryCharacterTheScreenShows) {
   const int id = QFontDatabase::addApplicationFont(QStringLiteral(":/fonts/RobotoCondensed-Bold.ttf"));
   ASSERT_GE(id, 0);
   EXPECT_TRUE(QFontDatabase::applicationFontFamilies(id).contains(QStringLiteral("Roboto Condensed")));
+  // The bundled font is a subset: the clocks, rates and questions must not fall back.
+  QFile file(QStringLiteral(":/fonts/RobotoCondensed-Bold.ttf"));
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  const QRawFont font(file.readAll(), 17);
+  ASSERT_TRUE(font.isValid());
+  const QString shown = QStringLiteral(
+      "0123456789:/ minhrday ABCDEFGHIJKLMNOPQRSTUVWXYZ abcdefghijklmnopqrstuvwxyz ?.,'!-\u00e9\u2026");
+  for (const QChar c : shown) EXPECT_TRUE(font.supportsCharacter(c)) << QString(c).toStdString();
 }
 
 struct SoundCase {
