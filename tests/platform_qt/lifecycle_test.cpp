@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QGuiApplication>
+#include <QSessionManager>
 #include <QTimer>
 #include <QWindow>
 
@@ -88,6 +89,17 @@ TEST_P(QuitTable, ResignsOnceBeforeQuitting) {
 INSTANTIATE_TEST_SUITE_P(
     Lifecycle, QuitTable,
     testing::Values(QuitCase{"Sigterm", [](QWindow&, std::string&) { ::kill(::getpid(), SIGTERM); }, "ARQ"},
+                    QuitCase{"Sigint", [](QWindow&, std::string&) { ::kill(::getpid(), SIGINT); }, "ARQ"},
+                    QuitCase{"SessionLogout",
+                             [](QWindow&, std::string& posts) {
+                               // The session manager the platform gave the application.
+                               auto* session = qApp->findChild<QSessionManager*>();
+                               ASSERT_NE(session, nullptr);
+                               emit qGuiApp->commitDataRequest(*session);
+                               posts += '|';
+                               QCoreApplication::quit();
+                             },
+                             "AR|Q"},
                     QuitCase{"WindowClose",
                              [](QWindow& w, std::string& posts) {
                                w.show();  // its activation arrives first
