@@ -9,24 +9,20 @@
 
 namespace {
 long g_live = 0;
+void *counted(void *p) {
+    if (p) ++g_live;
+    return p;
+}
 void countedFree(void *p) {
     if (p) --g_live;
     std::free(p);
 }
-void *countedMalloc(size_t n) {
-    void *p = std::malloc(n);
-    if (p) ++g_live;
-    return p;
-}
-void *countedRealloc(void *p, size_t n) {
-    void *q = std::realloc(p, n);
-    if (!p && q) ++g_live;
-    return q;
-}
+void *countedMalloc(size_t n) { return counted(std::malloc(n)); }
+// Growing a block keeps the count; only a fresh one adds to it.
+void *countedRealloc(void *p, size_t n) { return p ? std::realloc(p, n) : counted(std::malloc(n)); }
 char *countedStrdup(const char *s) {
-    char *p = static_cast<char *>(countedMalloc(std::strlen(s) + 1));
-    if (p) std::strcpy(p, s);
-    return p;
+    auto *p = static_cast<char *>(countedMalloc(std::strlen(s) + 1));
+    return p ? std::strcpy(p, s) : nullptr;
 }
 void quiet(void *, const char *, ...) {}
 void quietLog(const std::string &) {}

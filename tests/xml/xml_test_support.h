@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <libxml/xmlerror.h>
@@ -30,6 +32,13 @@ protected:
         return doc;
     }
     static std::string str(const ZXMLString &s) { return s ? *s : std::string("<nothing>"); }
+    // String values of a query's results, sorted.
+    static std::vector<std::string> values(const ZXMLNodeList &found) {
+        std::vector<std::string> out;
+        for (const auto &n : found) out.push_back(str(n->stringValue()));
+        std::sort(out.begin(), out.end());
+        return out;
+    }
     static ZXMLElementPtr element(const ZXMLNodePtr &n) { return std::dynamic_pointer_cast<ZXMLElement>(n); }
 
 private:
