@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,47 +13,86 @@
 
 namespace zellick::test {
 
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+// The lines whose text (after "t=T ") starts with `kind`, e.g. "move", "sound", "log".
+inline std::vector<std::string> only(const std::vector<std::string>& lines,
+                                     const std::string& kind) {
+  std::vector<std::string> out;
+  for (const std::string& e : lines)
+    if (e.compare(e.find(' ') + 1, kind.size() + 1, kind + " ") == 0) out.push_back(e);
+  return out;
+}
+
 // The real controller on the deterministic platform, started as the app starts and settled
-// past its start-up redraw, so every test begins at t=1 with an empty event log.
+// past its start-up redraw, so every test (and every table row after fresh()) begins at t=1
+// with an empty event log.
 class CounterTest : public ::testing::Test {
  protected:
-  explicit CounterTest(sim::SimOptions options = {}) : sim_(options) {
-    sim_.start();
-    sim_.wait(1);
+  CounterTest() { fresh(); }
+
+  void fresh(sim::SimOptions options = {}) {
+    sim_ = std::make_unique<sim::Simulation>(options);
+    wait(1);
     events();
   }
-
-  sim::Process& p() { return sim_.process(); }
+  sim::Simulation& sim() { return *sim_; }
+  sim::Process& p() { return sim_->process(); }
   ZellickViewController& c() { return p().controller(); }
-  void wait(double seconds) { sim_.wait(seconds); }
+  void wait(double seconds) { sim_->wait(seconds); }
+  std::string text(const char* label) { return p().label(label)->text(); }
+  Color color(const char* label) { return p().label(label)->textColor(); }
+  // The clock labels share one colour: white while the shown clock runs, grey otherwise.
+  bool lit() {
+    EXPECT_EQ(color("LabelTimer"), color("LabelAvg"));
+    EXPECT_NE(color("LabelTimer"), Color::Black) << "never left uncoloured";
+    return color("LabelTimer") == Color::White;
+  }
+  sim::SimImageView& wheel(int n) { return *p().imageView("ImageView" + std::to_string(n)); }
 
-  std::vector<std::string> events() { return sim_.world().events().takeNew(); }
-  // Events whose text (after "t=T ") starts with `kind`, e.g. "move", "sound", "track".
-  std::vector<std::string> events(const std::string& kind) {
-    std::vector<std::string> out;
-    for (const std::string& e : events()) {
-      const auto space = e.find(' ');
-      if (e.compare(space + 1, kind.size() + 1, kind + " ") == 0) out.push_back(e);
+  std::vector<std::string> events() { return sim_->world().events().takeNew(); }
+  std::vector<std::string> events(const std::string& kind) { return only(events(), kind); }
+
+  // The question on screen as "TITLE|message|buttons", or "" when there is none.
+  std::string question() {
+    const AlertView* a = p().alerts().onScreen();
+    if (!a) return "";
+    std::string out = a->title + "|" + a->message + "|";
+    for (const std::string& b : a->buttons) out += b + (&b == &a->buttons.back() ? "" : " ");
+    return out;
+  }
+
+  // The buttons that refuse touches, named without "Button", e.g. "Minus Reset B C".
+  std::string locked() {
+    std::string out;
+    for (const char* n : {"Add", "Minus", "Reset", "A", "B", "C", "Info"}) {
+      if (p().button(std::string("Button") + n)->userInteractionEnabled()) continue;
+      out += (out.empty() ? "" : " ") + std::string(n);
     }
     return out;
   }
 
-  // The wheel's vertical origin for digit d (10 is the roll-over "0").
+  // Where a wheel stands to show digit d (10 is the roll-over "0"), and the event of it going
+  // there; wheel 1 is the thousands, 4 the units.
   double digitY(int d) { return c().initialPositionOfNumbers - 101.0 * d; }
-  std::string move(double t, const std::string& wheel, int digit, double duration) {
-    return "t=" + sim::formatNumber(t) + " move " + wheel + " y=" +
-           sim::formatNumber(digitY(digit)) + " duration=" + sim::formatNumber(duration);
+  std::string move(double t, int wheel, int digit, double duration) {
+    return "t=" + sim::formatNumber(t) + " move ImageView" + std::to_string(wheel) +
+           " y=" + sim::formatNumber(digitY(digit)) + " duration=" + sim::formatNumber(duration);
   }
 
-  // Puts the current memory at `count` with the wheels showing it.
+  // Puts the current memory at `count`. The wheels are left where they stand; tests check the
+  // moves that follow, which depend only on the digits that change.
   void setCount(int count) {
     c().total = c().previousTotal = count;
-    if (c().buttonId == 1) c().totalA = count;
-    if (c().buttonId == 2) c().totalB = count;
-    if (c().buttonId == 3) c().totalC = count;
+    (c().buttonId == 1 ? c().totalA : c().buttonId == 2 ? c().totalB : c().totalC) = count;
   }
 
-  sim::Simulation sim_;
+  std::unique_ptr<sim::Simulation> sim_;
 };
 
 }  // namespace zellick::test
