@@ -1,6 +1,8 @@
-// The real screen, offscreen, with the real controller and the real Qt views: touches go
-// through the window as the system would send them.
+// The real screen, offscreen, with the real controller and the real Qt views on the recording
+// services: touches go through the window as the system would send them.
+#include <QColor>
 #include <QCoreApplication>
+#include <QFont>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
@@ -16,15 +18,27 @@
 #include "counter/actions.h"
 #include "fakes.h"
 #include "platform/qt/qt_screen.h"
+#include "platform/sim/memory_defaults.h"
+#include "platform/sim/services.h"
 
 namespace zellick {
 namespace {
 
+// Through the visual tree: the question's buttons come from a repeater, outside the QObject tree.
+QQuickItem* find(QQuickItem* from, const QString& name) {
+  if (from->objectName() == name) return from;
+  for (QQuickItem* child : from->childItems())
+    if (QQuickItem* found = find(child, name)) return found;
+  return nullptr;
+}
+
 class RealScreen : public testing::Test {
  protected:
   void SetUp() override {
+    // Memory A was left at 1234: becoming active once the screen is built puts it on the wheels.
+    defaults.setObject("Counters", DefaultsArray{1234LL, 0LL, 0LL});
     registerBundledFonts(log);
-    app = std::make_unique<CounterApp>(CounterAppParts{defaults, sound, sound, log, tracker});
+    app = std::make_unique<CounterApp>(CounterAppParts{defaults, sound, bundle, log, tracker});
     ASSERT_TRUE(app->load(QUrl(QStringLiteral("qrc:/qml/Main.qml")),
                           QVariantMap{{"width", 360}, {"height", 640}}));
     window = app->screen().window();
@@ -37,7 +51,7 @@ class RealScreen : public testing::Test {
   }
   void TearDown() override {
     if (HasFailure())
-      for (const auto& line : log.lines) std::fprintf(stderr, "log: %s\n", line.c_str());
+      for (const auto& line : events.all()) std::fprintf(stderr, "%s\n", line.c_str());
     if (window) driver.uninstall();
     app.reset();
   }
@@ -45,120 +59,131 @@ class RealScreen : public testing::Test {
   QPoint centreOf(const View& view) const {
     return app->screen().toWindow(QPointF(view.frame().center().x, view.frame().center().y)).toPoint();
   }
-  bool played(const std::string& name) const {
-    return std::count(sound.played.begin(), sound.played.end(), "/bundle/" + name + ".caf") > 0;
+  QPoint background() const { return app->screen().toWindow(QPointF(5, 5)).toPoint(); }
+  // Whether `what` ("sound NAME", "track TAG") happened since the last look.
+  bool saw(const std::string& what) {
+    const auto recent = events.takeNew();
+    return std::any_of(recent.begin(), recent.end(), [&](const std::string& e) { return e.ends_with(" " + what); });
   }
-  static QQuickItem* find(QQuickItem* from, const QString& name) {
-    if (from->objectName() == name) return from;
-    for (QQuickItem* child : from->childItems())
-      if (QQuickItem* found = find(child, name)) return found;
-    return nullptr;
+  double drawnY(const char* wheel) const {
+    return frameInRoot(app->screen().imageView(wheel)->item(), app->screen().rootItem()).y;
   }
-  QQuickItem* overlayPart(const char* name) const { return find(app->screen().questionOverlay(), name); }
+  double digitY(int digit) const { return c->initialPositionOfNumbers - digit * kDigitCellHeight; }
+  QQuickItem* item(const char* label) const { return app->screen().label(label)->item(); }
+  QString colour(const char* label) const { return item(label)->property("color").value<QColor>().name(); }
   void expectLocked(bool locked) const {
     for (Button* b : {c->ButtonMinus, c->ButtonReset, c->ButtonB, c->ButtonC})
       EXPECT_EQ(b->userInteractionEnabled(), !locked);
   }
 
-  test::MemoryDefaults defaults;
-  test::RecordingSound sound;
-  test::RecordingLog log;
-  test::NullTracker tracker;
+  sim::VirtualTime time;  // never advanced: the recording only needs an order
+  sim::EventRecorder events{time};
+  sim::MemoryDefaults defaults;
+  sim::SimSoundOutput sound{events};
+  sim::SimBundle bundle;
+  sim::SimLog log{events};
+  sim::SimTracker tracker{events};
   test::SteppedAnimationDriver driver;
   std::unique_ptr<CounterApp> app;
   QQuickWindow* window = nullptr;
   ZellickViewController* c = nullptr;
 };
 
-TEST_F(RealScreen, PressingAddCountsAndRollsTheUnitsWheel) {
-  EXPECT_EQ(c->ImageView4->frame().y, c->initialPositionOfNumbers);
-  const QPoint add = centreOf(*c->ButtonAdd);
-  QTest::mousePress(window, Qt::LeftButton, {}, add);
-  EXPECT_EQ(c->total, 1);
-  EXPECT_TRUE(c->ButtonAdd->isHighlighted());
-  EXPECT_EQ(c->ImageView4->frame().y, c->initialPositionOfNumbers - kDigitCellHeight);
-  EXPECT_EQ(c->ImageView3->frame().y, c->initialPositionOfNumbers) << "tens digit unchanged";
+TEST_F(RealScreen, StartsOnTheSavedCountWithGreyLabelsInTheBundledFont) {
+  EXPECT_EQ(c->total, 1234);
+  const char* wheels[] = {"ImageView1", "ImageView2", "ImageView3", "ImageView4"};
+  for (int i = 0; i < 4; ++i) EXPECT_NEAR(drawnY(wheels[i]), digitY(i + 1), 1e-9) << wheels[i];
+  for (const char* name : {"LabelTimer", "LabelAvg"}) {
+    EXPECT_EQ(colour(name), "#808080") << name;
+    const QFont font = item(name)->property("font").value<QFont>();
+    EXPECT_EQ(font.family(), "Roboto Condensed") << name;
+    EXPECT_TRUE(font.bold() && font.pixelSize() == 17) << name;
+  }
+}
+
+// The units wheel rolls on Qt's animation clock inside its clipping band; the other buttons
+// stay locked until the finger lifts, and a second finger meanwhile is no press.
+TEST_F(RealScreen, AFingerOnAddCountsOnceAndRollsTheUnitsWheel) {
+  static QPointingDevice* screen = QTest::createTouchDevice();
+  const QPoint add = centreOf(*c->ButtonAdd), beside = add + QPoint(12, 0);
+  QTest::touchEvent(window, screen).press(0, add, window);
+  EXPECT_EQ(c->total, 1235);
   expectLocked(true);
 
-  // The wheel item itself rolls to the new cell on Qt's animation clock, inside the clipping band.
-  QQuickItem* units = app->screen().imageView("ImageView4")->item();
   for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();
   for (int i = 0; i < 20; ++i) driver.step(50);
-  EXPECT_NEAR(frameInRoot(units, app->screen().rootItem()).y, c->initialPositionOfNumbers - kDigitCellHeight, 1e-9);
-  const Rect aperture = frameInRoot(units->parentItem(), app->screen().rootItem());
-  EXPECT_NEAR(aperture.y, c->initialPositionOfNumbers, 1e-9);
+  EXPECT_NEAR(drawnY("ImageView4"), digitY(5), 1e-9);
+  EXPECT_NEAR(drawnY("ImageView3"), digitY(3), 1e-9) << "tens digit unchanged";
+  QQuickItem* band = app->screen().imageView("ImageView4")->item()->parentItem();
+  const Rect aperture = frameInRoot(band, app->screen().rootItem());
+  EXPECT_NEAR(aperture.y, digitY(0), 1e-9);
   EXPECT_EQ(aperture.h, kDigitCellHeight);
-  EXPECT_TRUE(units->parentItem()->clip());
+  EXPECT_TRUE(band->clip());
 
-  QTest::mouseRelease(window, Qt::LeftButton, {}, add);
-  EXPECT_FALSE(c->ButtonAdd->isHighlighted());
-  expectLocked(false);
-  EXPECT_EQ(c->total, 1);
-}
-
-TEST_F(RealScreen, AFingerCountsOnceLikeTheMouse) {
-  static QPointingDevice* screen = QTest::createTouchDevice();
-  const QPoint add = centreOf(*c->ButtonAdd), minus = centreOf(*c->ButtonMinus);
-  QTest::touchEvent(window, screen).press(0, add, window);
-  EXPECT_EQ(c->total, 1);
-  expectLocked(true);
-  // A second finger while the first is down is not another press.
-  QTest::touchEvent(window, screen).stationary(0).press(1, minus, window);
-  QTest::touchEvent(window, screen).stationary(0).release(1, minus, window);
+  QTest::touchEvent(window, screen).stationary(0).press(1, beside, window);
+  QTest::touchEvent(window, screen).stationary(0).release(1, beside, window);
   QTest::touchEvent(window, screen).release(0, add, window);
-  EXPECT_EQ(c->total, 1);
+  EXPECT_EQ(c->total, 1235);
   expectLocked(false);
 }
 
-// Counting buttons must see every release, or the locks would stay; the others act on a
-// release inside only.
+// Counting buttons must see every release, or their locks would stay; the others act on a
+// release inside only, and one that ignores touches lets them through to the screen.
 TEST_F(RealScreen, ReleasesRunByTheKindOfButton) {
   struct Case {
     const char* button;
     bool releaseInside;
-    const char* sound;  // what the release (or, for Reset, the action) plays
+    bool takesTouches;
+    const char* effect;  // what the release (for Reset, the action; for a passed touch, the screen) does
     bool runs;
   };
-  const Case cases[] = {{"ButtonAdd", false, "ButtonLetUp", true},
-                        {"ButtonReset", false, "ResetButton", false},
-                        {"ButtonReset", true, "ResetButton", true}};
+  const Case cases[] = {{"ButtonAdd", false, true, "sound ButtonLetUp", true},
+                        {"ButtonB", true, true, "sound Counter Click3", true},
+                        {"ButtonB", true, false, "track Touch began on timer", true},  // B is the memory shown
+                        {"ButtonReset", false, true, "sound ResetButton", false},
+                        {"ButtonReset", true, true, "sound ResetButton", true}};
   for (const Case& k : cases) {
-    sound.played.clear();
+    events.takeNew();
     Button* b = app->screen().button(k.button);
-    const QPoint at = k.releaseInside ? centreOf(*b) : app->screen().toWindow(QPointF(5, 5)).toPoint();
+    const QPoint at = k.releaseInside ? centreOf(*b) : background();
     QTest::mousePress(window, Qt::LeftButton, {}, centreOf(*b));
     QTest::mouseMove(window, at);
-    EXPECT_EQ(b->isHighlighted(), k.releaseInside) << k.button;
+    EXPECT_EQ(b->isHighlighted(), k.releaseInside && k.takesTouches) << k.button;
     QTest::mouseRelease(window, Qt::LeftButton, {}, at);
-    EXPECT_EQ(played(k.sound), k.runs) << k.button << (k.releaseInside ? " inside" : " outside");
+    EXPECT_EQ(saw(k.effect), k.runs) << k.button << (k.releaseInside ? " inside" : " outside");
     EXPECT_FALSE(b->isHighlighted());
     if (b == c->ButtonAdd) expectLocked(false);
   }
+  EXPECT_EQ(app->screen().button("ButtonA")->item()->property("source").toUrl(), QUrl("image://art/a-up"));
+  EXPECT_EQ(app->screen().button("ButtonB")->item()->property("source").toUrl(), QUrl("image://art/b-down"));
 }
 
 TEST_F(RealScreen, DoubleTapOnTheClockAsksAndYesResetsIt) {
   c->Ass = 5;
   c->ShowOnLabel();
   QQuickItem* overlay = app->screen().questionOverlay();
+  // Only the clock's tag runs the clock: a tap on the background leaves it stopped.
+  QTest::mouseClick(window, Qt::LeftButton, {}, background());
+  EXPECT_EQ(colour("LabelTimer"), "#808080");
   ASSERT_FALSE(overlay->isVisible());
 
   QTest::mouseDClick(window, Qt::LeftButton, {}, centreOf(*c->LabelTimer));
   ASSERT_TRUE(overlay->isVisible());
-  EXPECT_EQ(overlayPart("QuestionTitle")->property("text").toString(), "RESET TIMER");
-  QQuickItem* yes = overlayPart("QuestionButton0");
+  EXPECT_EQ(colour("LabelTimer"), "#ffffff") << "the first tap ran the clock";
+  EXPECT_EQ(find(overlay, "QuestionTitle")->property("text").toString(), "RESET TIMER");
+  QQuickItem* yes = find(overlay, "QuestionButton0");
   ASSERT_NE(yes, nullptr);
   EXPECT_EQ(yes->property("label").toString(), "Yes");
 
   QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonAdd));
-  EXPECT_EQ(c->total, 0) << "the screen beneath ignores touches while the question shows";
+  EXPECT_EQ(c->total, 1234) << "the screen beneath ignores touches while the question shows";
 
   QTest::mouseClick(window, Qt::LeftButton, {}, yes->mapToScene(QPointF(yes->width() / 2, yes->height() / 2)).toPoint());
   EXPECT_FALSE(overlay->isVisible());
-  EXPECT_EQ(c->LabelTimer->text(), "00:00:00");
-  EXPECT_EQ(app->screen().label("LabelTimer")->item()->property("text").toString(), "00:00:00");
+  EXPECT_EQ(item("LabelTimer")->property("text").toString(), "00:00:00");
 
   QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonAdd));
-  EXPECT_EQ(c->total, 1) << "touches reach the screen again";
+  EXPECT_EQ(c->total, 1235) << "touches reach the screen again";
 }
 
 }  // namespace

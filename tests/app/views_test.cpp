@@ -1,6 +1,8 @@
+// The Qt views, run loop and questions on their own items, and the audio module's deferred start.
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QQuickItem>
+#include <QQuickWindow>
 
 #include <gtest/gtest.h>
 
@@ -10,6 +12,7 @@
 #include <vector>
 
 #include "fakes.h"
+#include "platform/qt/deferred_sound.h"
 #include "platform/qt/qt_presenters.h"
 #include "platform/qt/qt_runloop.h"
 #include "platform/qt/qt_views.h"
@@ -17,52 +20,38 @@
 namespace zellick {
 namespace {
 
-// A logical screen scaled like the app's, with a clipping band at an offset holding a wheel.
-struct Scene {
-  Scene() {
-    root.setSize({320, 568});
-    root.setTransformOrigin(QQuickItem::TopLeft);
-    root.setScale(2.25);
-    root.setPosition({0, 40});
-    band.setParentItem(&root);
-    band.setPosition({0, 200});
-    band.setClip(true);
-    inner.setParentItem(&band);
-    inner.setPosition({12, -7});
-    wheel.setParentItem(&inner);
-  }
-  QQuickItem root, band, inner, wheel;
-};
-
-TEST(FrameMapping, RootFramesReadBackThroughOffsetContainers) {
-  const Rect frames[] = {{64, 233.3, 46, 1111}, {0, 0, 10, 10}, {-20.5, -1000, 46, 1111}, {300, 600, 1, 2}};
-  for (const Rect& f : frames) {
-    Scene s;
-    placeInRoot(&s.wheel, &s.root, f);
-    const Rect back = frameInRoot(&s.wheel, &s.root);
-    EXPECT_NEAR(back.x, f.x, 1e-9);
-    EXPECT_NEAR(back.y, f.y, 1e-9);
-    EXPECT_EQ(back.w, f.w);
-    EXPECT_EQ(back.h, f.h);
-    // The item itself holds container coordinates: the containers' offsets taken off.
-    EXPECT_NEAR(s.wheel.y(), f.y - 200 + 7, 1e-9);
-    EXPECT_NEAR(s.wheel.x(), f.x - 12, 1e-9);
-  }
-}
-
-// Moves report their target at once, get there on Qt's animation clock, and a jump or a new
-// move replaces a running one.
-TEST(AnimatedFrame, GetsToTheLastTargetAskedFor) {
+// Frames are in the root's coordinates whatever containers lie between; moves report their
+// target at once, get there on Qt's animation clock, and a jump or a new move replaces a running one.
+TEST(ImageView, PlacesThroughContainersAndGetsToTheLastTargetAskedFor) {
   test::SteppedAnimationDriver driver;
   driver.install();
-  Scene scene;
-  test::RecordingLog log;
-  QtImageView view(&scene.wheel, &scene.root, 0, log);
+  // A logical screen scaled like the app's, with a clipping band at an offset holding a wheel.
+  QQuickItem root, band, inner, wheel;
+  root.setSize({320, 568});
+  root.setTransformOrigin(QQuickItem::TopLeft);
+  root.setScale(2.25);
+  root.setPosition({0, 40});
+  band.setParentItem(&root);
+  band.setPosition({0, 200});
+  band.setClip(true);
+  inner.setParentItem(&band);
+  inner.setPosition({12, -7});
+  wheel.setParentItem(&inner);
+  RecordingLog log;
+  QtImageView view(&wheel, &root, 0, log);
   const auto step = [&](int ms) {
     for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();
     driver.step(ms);
   };
-  const auto drawnY = [&] { return frameInRoot(&scene.wheel, &scene.root).y; };
+  const auto drawnY = [&] { return frameInRoot(&wheel, &root).y; };
+  view.setFrame({-20.5, -1000, 40, 1111});
+  // The item itself holds container coordinates: the containers' offsets taken off.
+  EXPECT_NEAR(wheel.x(), -20.5 - 12, 1e-9);
+  EXPECT_NEAR(wheel.y(), -1000 - 200 + 7, 1e-9);
+  const Rect back = frameInRoot(&wheel, &root);
+  EXPECT_NEAR(back.x, -20.5, 1e-9);
+  EXPECT_NEAR(back.y, -1000, 1e-9);
+  EXPECT_TRUE(back.w == 40 && back.h == 1111 && wheel.size() == QSizeF(40, 1111));
   view.setFrame({64, 233, 46, 1111});
   view.animateFrame({64, -777, 46, 1111}, 0.15);
   EXPECT_EQ(view.frame().y, -777);
@@ -74,8 +63,9 @@ TEST(AnimatedFrame, GetsToTheLastTargetAskedFor) {
   EXPECT_EQ(drawnY(), 233) << "the old move no longer pulls";
   view.animateFrame({64, 132, 46, 1111}, 0.3);
   step(150);
-  view.animateFrame({64, 31, 46, 1111}, 0.3);
   const double from = drawnY();
+  EXPECT_GT(from, 140) << "the move to 132 is under way";
+  view.animateFrame({64, 31, 46, 1111}, 0.3);
   step(1);
   EXPECT_NEAR(drawnY(), from, 1.0) << "no jump when retargeting";
   step(400);
@@ -90,7 +80,7 @@ template <class F>
 bool waitFor(F done) {
   QElapsedTimer t;
   t.start();
-  while (!done() && t.elapsed() < 2000) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+  while (!done() && t.elapsed() < 5000) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
   return done();
 }
 
@@ -120,7 +110,7 @@ TEST(RunLoop, TimersFireOnceInDueOrderAndMaySelfDestruct) {
 
 TEST(Questions, OneAtATimeWithTheAnswerIndexAndTag) {
   QQuickItem overlay;  // no answered() signal here: answers are sent through the slot by name
-  test::RecordingLog log;
+  RecordingLog log;
   QtAlertPresenter alerts(&overlay, log);
   std::vector<std::pair<int, int>> answers;  // tag, index
   auto first = std::make_shared<AlertView>("RESET TIMER", "?", std::vector<std::string>{"Yes", "No"});
@@ -137,6 +127,29 @@ TEST(Questions, OneAtATimeWithTheAnswerIndexAndTag) {
   EXPECT_EQ(overlay.property("title").toString(), "NOTICE");
   QMetaObject::invokeMethod(&alerts, "onAnswered", Q_ARG(int, 0));  // no answer handler: fine
   EXPECT_FALSE(overlay.property("shown").toBool());
+}
+
+// The audio module is tried once the first frame is out, and only once.
+TEST(DeferredSoundStart, ModuleIsTriedOnlyAfterTheFirstFrame) {
+  RecordingLog log;
+  // A detached output whose module is missing: the attempt shows as a log line.
+  qt::DeferredSoundOutput sound(log, qt::DeferredSoundOutput::Device::Detached,
+                                QStringLiteral("/nonexistent/libzellick_audio.so"));
+  QQuickWindow window;
+  window.resize(100, 100);
+  sound.loadAfterFirstFrame(&window);
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(log.lines.empty()) << "tried before any frame";
+
+  bool swapped = false;
+  QObject::connect(&window, &QQuickWindow::frameSwapped, [&] { swapped = true; });
+  window.show();
+  ASSERT_TRUE(waitFor([&] { return swapped && !log.lines.empty(); }));
+  EXPECT_EQ(log.lines.size(), 1u);
+  EXPECT_TRUE(sound.isMuted());
+  window.update();
+  for (int i = 0; i < 10; ++i) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+  EXPECT_EQ(log.lines.size(), 1u) << "a later frame tried again";
 }
 
 }  // namespace

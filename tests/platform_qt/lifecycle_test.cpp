@@ -6,6 +6,9 @@
 #include <QWindow>
 
 #include <csignal>
+#include <cstring>
+#include <functional>
+#include <string>
 #include <unistd.h>
 
 #include "platform/qt/lifecycle.h"
@@ -16,110 +19,79 @@ using zellick::qt::QtLifecycle;
 
 namespace {
 
-// Every post in order: 'A' for become-active, 'R' for resign, 'Q' for the quit signal.
-struct Recorder {
-  NotificationCenter center;
-  std::string posts;
-  Recorder() {
-    center.addObserver(zellick::kDidBecomeActive, [this] { posts += 'A'; });
-    center.addObserver(zellick::kWillResignActive, [this] { posts += 'R'; });
+// Each way the process ends resigns exactly once, before the application's quit signal ('|'
+// marks where the test itself quits), and the handlers found before are back afterwards. State
+// changes go through QGuiApplication's own signal, so the connection is tested too: before
+// start() they post nothing, after it only transitions.
+TEST(Lifecycle, PostsOnlyTransitionsAndEveryWayOutResignsOnceBeforeQuitting) {
+  struct Case {
+    const char* name;
+    std::function<void(QWindow&)> end;
+    const char* posts;
+  };
+  const auto states = [](std::initializer_list<Qt::ApplicationState> list) {
+    for (auto s : list) emit qGuiApp->applicationStateChanged(s);
+  };
+  const Case cases[] = {
+      {"SIGTERM", [](QWindow&) { ::kill(::getpid(), SIGTERM); }, "ARQ"},
+      {"SIGINT", [](QWindow&) { ::kill(::getpid(), SIGINT); }, "ARQ"},
+      {"session logout",
+       [](QWindow&) {
+         // The session manager the platform gave the application.
+         auto* session = qApp->findChild<QSessionManager*>();
+         ASSERT_NE(session, nullptr);
+         emit qGuiApp->commitDataRequest(*session);
+       },
+       "AR|Q"},
+      {"window close",
+       [](QWindow& w) {
+         w.show();  // its activation arrives first
+         QCoreApplication::processEvents();
+         w.close();
+       },
+       "AR|Q"},
+      {"state changes",
+       [&](QWindow&) {
+         states({Qt::ApplicationActive, Qt::ApplicationInactive, Qt::ApplicationInactive, Qt::ApplicationActive,
+                 Qt::ApplicationSuspended, Qt::ApplicationHidden, Qt::ApplicationActive, Qt::ApplicationHidden});
+       },
+       "ARARAR|Q"}};
+  std::signal(SIGTERM, SIG_IGN);
+  std::signal(SIGINT, SIG_IGN);
+  for (const Case& c : cases) {
+    // Every post in order: 'A' for become-active, 'R' for resign, 'Q' for the quit signal.
+    NotificationCenter center;
+    std::string posts;
+    center.addObserver(zellick::kDidBecomeActive, [&] { posts += 'A'; });
+    center.addObserver(zellick::kWillResignActive, [&] { posts += 'R'; });
+    {
+      RecordingLog log;
+      QWindow window;
+      QtLifecycle life(center, log);
+      life.watchWindow(&window);
+      const auto quit = QObject::connect(qApp, &QCoreApplication::aboutToQuit, [&] { posts += 'Q'; });
+      states({Qt::ApplicationActive, Qt::ApplicationInactive, Qt::ApplicationActive});
+      life.start();
+      QTimer::singleShot(0, &window, [&] {
+        c.end(window);
+        if (std::strchr(c.posts, '|')) {
+          posts += '|';
+          QCoreApplication::quit();
+        }
+      });
+      QTimer::singleShot(5000, &window, [] { QCoreApplication::exit(7); });
+      EXPECT_EQ(QCoreApplication::exec(), 0) << c.name;
+      QObject::disconnect(quit);
+    }
+    EXPECT_EQ(posts, c.posts) << c.name;
+    for (const int signo : {SIGTERM, SIGINT}) {
+      struct sigaction now {};
+      sigaction(signo, nullptr, &now);
+      EXPECT_EQ(now.sa_handler, SIG_IGN) << c.name << ": handler of signal " << signo << " not restored";
+    }
   }
-};
-
-struct StateCase {
-  const char* name;
-  bool start;
-  std::vector<Qt::ApplicationState> states;
-  const char* posts;
-};
-
-void PrintTo(const StateCase& c, std::ostream* os) { *os << c.name; }
-
-class StateTable : public testing::TestWithParam<StateCase> {};
-
-// Goes through QGuiApplication's own signal, so the connection is tested too.
-TEST_P(StateTable, PostsOnlyTransitions) {
-  Recorder r;
-  RecordingLog log;
-  QtLifecycle life(r.center, log);
-  if (GetParam().start) life.start();
-  for (auto s : GetParam().states) emit qGuiApp->applicationStateChanged(s);
-  EXPECT_EQ(r.posts, GetParam().posts);
-}
-
-constexpr auto Active = Qt::ApplicationActive;
-constexpr auto Inactive = Qt::ApplicationInactive;
-constexpr auto Suspended = Qt::ApplicationSuspended;
-constexpr auto Hidden = Qt::ApplicationHidden;
-
-INSTANTIATE_TEST_SUITE_P(
-    Lifecycle, StateTable,
-    testing::Values(StateCase{"NothingBeforeStart", false, {Active, Inactive, Active}, ""},
-                    StateCase{"StartActivatesOnce", true, {Active, Active}, "A"},
-                    StateCase{"EveryWayOutResignsOnce", true,
-                              {Inactive, Inactive, Active, Suspended, Hidden, Active, Hidden, Inactive}, "ARARAR"}),
-    [](const auto& info) { return std::string(info.param.name); });
-
-struct QuitCase {
-  const char* name;
-  std::function<void(QWindow&, std::string&)> end;  // may mark the posts with '|'
-  const char* posts;
-};
-
-void PrintTo(const QuitCase& c, std::ostream* os) { *os << c.name; }
-
-class QuitTable : public testing::TestWithParam<QuitCase> {};
-
-// Each way the process ends resigns exactly once, before the application's quit signal.
-TEST_P(QuitTable, ResignsOnceBeforeQuitting) {
-  Recorder r;
-  RecordingLog log;
-  QWindow window;
-  QtLifecycle life(r.center, log);
-  life.watchWindow(&window);
-  QObject::connect(qApp, &QCoreApplication::aboutToQuit, [&r] { r.posts += 'Q'; });
-  life.start();
-  QTimer::singleShot(0, [&] { GetParam().end(window, r.posts); });
-  QTimer::singleShot(5000, [] { QCoreApplication::exit(7); });
-  EXPECT_EQ(QCoreApplication::exec(), 0);
-  QObject::disconnect(qApp, &QCoreApplication::aboutToQuit, nullptr, nullptr);
-  EXPECT_EQ(r.posts, GetParam().posts);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Lifecycle, QuitTable,
-    testing::Values(QuitCase{"Sigterm", [](QWindow&, std::string&) { ::kill(::getpid(), SIGTERM); }, "ARQ"},
-                    QuitCase{"Sigint", [](QWindow&, std::string&) { ::kill(::getpid(), SIGINT); }, "ARQ"},
-                    QuitCase{"SessionLogout",
-                             [](QWindow&, std::string& posts) {
-                               // The session manager the platform gave the application.
-                               auto* session = qApp->findChild<QSessionManager*>();
-                               ASSERT_NE(session, nullptr);
-                               emit qGuiApp->commitDataRequest(*session);
-                               posts += '|';
-                               QCoreApplication::quit();
-                             },
-                             "AR|Q"},
-                    QuitCase{"WindowClose",
-                             [](QWindow& w, std::string& posts) {
-                               w.show();  // its activation arrives first
-                               QCoreApplication::processEvents();
-                               w.close();
-                               posts += '|';
-                               QCoreApplication::quit();
-                             },
-                             "AR|Q"}),
-    [](const auto& info) { return std::string(info.param.name); });
-
-TEST(Lifecycle, SignalsGoBackToTheirOldHandlers) {
-  {
-    Recorder r;
-    RecordingLog log;
-    QtLifecycle life(r.center, log);
-  }
-  struct sigaction now {};
-  sigaction(SIGTERM, nullptr, &now);
-  EXPECT_EQ(now.sa_handler, SIG_DFL);
+  std::signal(SIGTERM, SIG_DFL);
+  std::signal(SIGINT, SIG_DFL);
 }
 
 }  // namespace

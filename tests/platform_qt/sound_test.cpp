@@ -1,23 +1,24 @@
-// The mixer is read directly; nothing here opens an audio device.
+// Sound on Qt: the mixer read directly, and the output's players through the audio module loaded
+// on demand. Detached outputs only: nothing here opens an audio device.
 #include <gtest/gtest.h>
 #include <sndfile.h>
 
 #include <QTemporaryDir>
 
+#include <cstdlib>
+
+#include "platform/qt/deferred_sound.h"
 #include "platform/qt/sound_output.h"
 #include "recording_log.h"
 
+using zellick::qt::DeferredSoundOutput;
 using zellick::qt::Pcm;
 using zellick::qt::QtSoundOutput;
 using zellick::qt::SoundMixer;
 
 namespace {
 
-std::shared_ptr<const Pcm> pcm(std::vector<float> s) {
-  auto p = std::make_shared<Pcm>();
-  p->samples = std::move(s);
-  return p;
-}
+std::shared_ptr<const Pcm> pcm(std::vector<float> s) { return std::make_shared<Pcm>(Pcm{std::move(s)}); }
 
 std::vector<qint16> pull(SoundMixer& m, int samples) {
   std::vector<qint16> out(samples, 12345);
@@ -25,47 +26,47 @@ std::vector<qint16> pull(SoundMixer& m, int samples) {
   return out;
 }
 
+// A click file of one level throughout.
+std::string writeClick(const QTemporaryDir& dir, int rate, int channels, int frames, float level) {
+  const std::string path = dir.filePath("click.caf").toStdString();
+  SF_INFO info{0, rate, channels, SF_FORMAT_CAF | SF_FORMAT_PCM_16, 0, 0};
+  SNDFILE* f = sf_open(path.c_str(), SFM_WRITE, &info);
+  EXPECT_NE(f, nullptr);
+  const std::vector<float> data(static_cast<std::size_t>(frames * channels), level);
+  sf_writef_float(f, data.data(), frames);
+  sf_close(f);
+  return path;
+}
+
 // One step of a mixing script: start voices, stop one, then pull samples.
 struct Step {
   std::vector<std::vector<float>> start;
   int stopIndex;  // index among all voices started so far, or -1
-  int pull;
-  std::vector<qint16> expect;
+  std::vector<qint16> expect;  // as many samples are pulled
   int voicesAfter;
 };
 
-struct MixCase {
-  const char* name;
-  std::vector<Step> steps;
-};
-
-void PrintTo(const MixCase& c, std::ostream* os) { *os << c.name; }
-
-class MixerTable : public testing::TestWithParam<MixCase> {};
-
-TEST_P(MixerTable, MixesVoices) {
-  SoundMixer mixer(1);
-  std::vector<SoundMixer::VoiceId> ids;
-  int n = 0;
-  for (const Step& step : GetParam().steps) {
-    for (const auto& s : step.start) ids.push_back(mixer.addVoice(pcm(s)));
-    if (step.stopIndex >= 0) mixer.removeVoice(ids.at(step.stopIndex));
-    EXPECT_EQ(pull(mixer, step.pull), step.expect) << "step " << n;
-    EXPECT_EQ(mixer.voiceCount(), step.voicesAfter) << "step " << n++;
+TEST(Mixer, MixesVoices) {
+  const std::pair<const char*, std::vector<Step>> cases[] = {
+      {"one voice, then silence, and dropped", {{{{0.5f, -0.25f}}, -1, {16384, -8192, 0, 0}, 0}}},
+      {"sums and clamps both ways",
+       {{{{0.75f, -0.75f, 0.25f}, {0.75f, -0.75f, -0.5f}}, -1, {32767, -32768, -8192}, 0}}},
+      {"a later voice starts at its beginning",
+       {{{{0.1f, 0.2f, 0.3f}}, -1, {3277}, 1}, {{{0.5f}}, -1, {22937, 9830}, 0}}},
+      {"stop removes only that voice", {{{{0.5f, 0.5f}, {0.25f, 0.25f}}, 0, {8192, 8192}, 0}}},
+      {"stop after the end is harmless", {{{{0.5f}}, -1, {16384}, 0}, {{}, 0, {0}, 0}}},
+  };
+  for (const auto& [name, steps] : cases) {
+    SoundMixer mixer(1);
+    std::vector<SoundMixer::VoiceId> ids;
+    for (std::size_t n = 0; n < steps.size(); ++n) {
+      for (const auto& s : steps[n].start) ids.push_back(mixer.addVoice(pcm(s)));
+      if (steps[n].stopIndex >= 0) mixer.removeVoice(ids.at(steps[n].stopIndex));
+      EXPECT_EQ(pull(mixer, int(steps[n].expect.size())), steps[n].expect) << name << ", step " << n;
+      EXPECT_EQ(mixer.voiceCount(), steps[n].voicesAfter) << name << ", step " << n;
+    }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Mixer, MixerTable,
-    testing::Values(
-        MixCase{"OneVoiceThenSilenceAndDropped", {{{{0.5f, -0.25f}}, -1, 4, {16384, -8192, 0, 0}, 0}}},
-        MixCase{"OverlapSums", {{{{0.25f, 0.25f}, {0.5f, -0.5f}}, -1, 2, {24575, -8192}, 0}}},
-        MixCase{"ClampsBothWays", {{{{0.75f, -0.75f}, {0.75f, -0.75f}}, -1, 2, {32767, -32768}, 0}}},
-        MixCase{"LaterVoiceStartsAtItsBeginning",
-                {{{{0.1f, 0.2f, 0.3f}}, -1, 1, {3277}, 1}, {{{0.5f}}, -1, 2, {22937, 9830}, 0}}},
-        MixCase{"StopRemovesOnlyThatVoice", {{{{0.5f, 0.5f}, {0.25f, 0.25f}}, 0, 2, {8192, 8192}, 0}}},
-        MixCase{"StopAfterFinishIsHarmless", {{{{0.5f}}, -1, 1, {16384}, 0}, {{}, 0, 1, {0}, 0}}}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Mixer, ReadsWholeFramesOnlyAndDropsTheOldestBeyondTheLimit) {
   SoundMixer stereo(2);
@@ -79,23 +80,23 @@ TEST(Mixer, ReadsWholeFramesOnlyAndDropsTheOldestBeyondTheLimit) {
   EXPECT_FALSE(mixer.isPlaying(first));
 }
 
-// A file is read, resampled to the output rate, and each player is its own voice until stopped.
-TEST(SoundOutput, PlayersAreOverlappingVoicesUntilStopped) {
+// The module is loaded by the first player asked for. Its output reads a file, resamples it to
+// the output rate, and makes each player its own voice until stopped.
+TEST(SoundOutput, FirstPlayerLoadsTheModuleAndPlayersAreOverlappingVoices) {
   QTemporaryDir dir;
-  const std::string click = dir.filePath("click.caf").toStdString();
-  SF_INFO info{0, 22050, 1, SF_FORMAT_CAF | SF_FORMAT_PCM_16, 0, 0};
-  SNDFILE* f = sf_open(click.c_str(), SFM_WRITE, &info);
-  ASSERT_NE(f, nullptr);
-  const std::vector<float> data(100, 0.5f);
-  sf_writef_float(f, data.data(), 100);
-  sf_close(f);
+  const std::string click = writeClick(dir, 22050, 1, 100, 0.5f);
   RecordingLog log;
-  QtSoundOutput out(log, QtSoundOutput::Device::Detached);
+  DeferredSoundOutput deferred(log, DeferredSoundOutput::Device::Detached, ZELLICK_AUDIO_MODULE_FILE);
+  EXPECT_EQ(deferred.loaded(), nullptr);
+  auto a = deferred.playerWithContentsOfFile(click);
+  ASSERT_NE(deferred.loaded(), nullptr) << (log.lines.empty() ? "" : log.lines.front());
+  EXPECT_FALSE(deferred.isMuted());
+  // The module was built with the same headers; its output is the one the tests know.
+  auto& out = static_cast<QtSoundOutput&>(*deferred.loaded());
   ASSERT_EQ(out.channels(), 2);
   ASSERT_EQ(out.sampleRate(), 44100);
 
-  auto a = out.playerWithContentsOfFile(click);
-  auto b = out.playerWithContentsOfFile(click);
+  auto b = deferred.playerWithContentsOfFile(click);
   a->play();
   a->play();  // still sounding: no second voice
   b->play();
@@ -108,12 +109,31 @@ TEST(SoundOutput, PlayersAreOverlappingVoicesUntilStopped) {
   EXPECT_EQ(std::count(rest.begin(), rest.end(), qint16(16384)), 2 * 197);
   EXPECT_EQ(out.mixer().voiceCount(), 0);
 
-  // An unreadable file is silent, with one log line per path.
+  // An unreadable file is silent, with one log line per path (and nothing else was logged).
   for (const std::string& p : {click + "x", click + "x", dir.path().toStdString()}) {
-    out.playerWithContentsOfFile(p)->play();
+    deferred.playerWithContentsOfFile(p)->play();
   }
   EXPECT_EQ(out.mixer().voiceCount(), 0);
   EXPECT_EQ(log.lines.size(), 2u);
+}
+
+// A missing module, or audio switched off (which must not even try the module), is one log
+// line and silence.
+TEST(DeferredSound, WithoutAModuleOrSwitchedOffLogsOnceAndStaysSilent) {
+  setenv("ZELLICK_NO_AUDIO", "1", 1);  // heeded by the default device only
+  const std::pair<DeferredSoundOutput::Device, const char*> cases[] = {
+      {DeferredSoundOutput::Device::Detached, "no audio module"},
+      {DeferredSoundOutput::Device::Default, "ZELLICK_NO_AUDIO"}};
+  for (const auto& [device, why] : cases) {
+    RecordingLog log;
+    DeferredSoundOutput out(log, device, QStringLiteral("/nonexistent/libzellick_audio.so"));
+    out.load();
+    for (int i = 0; i < 3; ++i) out.playerWithContentsOfFile("/nonexistent.caf")->play();
+    EXPECT_TRUE(out.isMuted()) << why;
+    EXPECT_EQ(out.loaded(), nullptr) << why;
+    ASSERT_EQ(log.lines.size(), 1u) << why;
+    EXPECT_NE(log.lines[0].find(why), std::string::npos) << log.lines[0];
+  }
 }
 
 }  // namespace
