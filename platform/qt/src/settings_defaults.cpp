@@ -148,6 +148,8 @@ QVariant toVariant(const DefaultsValue& v) {
 
 QSettingsDefaults::QSettingsDefaults(const QString& filePath, Log& log) : path_(filePath), log_(log) {
   open();
+  // The file is parsed on the first read: read now so that damage is reported here.
+  settings_->allKeys();
   if (settings_->status() != QSettings::NoError) {
     log_.line("Settings: " + path_.toStdString() + " " + statusText(settings_->status()) +
               "; keeping what can be read");
@@ -180,8 +182,9 @@ bool QSettingsDefaults::synchronize() {
   QDir().mkpath(QFileInfo(path_).absolutePath());
   // Errors stick to a QSettings, even one made while the file could not be written: start
   // over from the disk so that this try can succeed where an earlier one failed.
-  if (settings_->status() == QSettings::AccessError) open();
+  // The lock goes first: the reader replaced below writes back its failed changes as it goes.
   clearDeadEmptyLock(path_ + QStringLiteral(".lock"), log_);
+  if (settings_->status() == QSettings::AccessError) open();
   for (const auto& [k, v] : pending_) {
     if (v) {
       settings_->setValue(key(k), *v);
