@@ -19,7 +19,7 @@
 #include "platform/qt/qt_views.h"
 #include "platform/qt/tap_counter.h"
 
-class QQmlApplicationEngine;
+class QQmlEngine;
 
 namespace zellick {
 
@@ -89,7 +89,8 @@ class QtScreen : public QObject {
   std::map<std::string, int> labelTags_;
   QString artworkCacheDir_;
   std::function<void()> beforeCreate_;
-  std::unique_ptr<QQmlApplicationEngine> engine_;
+  std::unique_ptr<QQmlEngine> engine_;
+  std::unique_ptr<QObject> screen_;  // the window the screen file made; goes before the engine
   QPointer<QQuickWindow> window_;
   QPointer<QQuickItem> root_;
   QPointer<QQuickItem> overlay_;
