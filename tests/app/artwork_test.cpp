@@ -19,7 +19,7 @@ TEST(ArtworkCache, HitsAreServedAndDamagedFilesRenderedAfreshAndRepaired) {
   const QImage expected = ArtworkProvider().requestImage(QStringLiteral("minus-up"), nullptr, requested);
   ASSERT_FALSE(expected.isNull());
   QTemporaryDir dir;
-  const QString file = dir.filePath(artworkCacheName(QStringLiteral("minus-up"), requested, svg.readAll()));
+  const QString file = dir.filePath(artworkCacheName(QStringLiteral("minus-up"), requested, bundledArtworkBytes(QStringLiteral("minus-up"))));
   const auto request = [&](QSize* natural = nullptr) {
     return ArtworkProvider(dir.path()).requestImage(QStringLiteral("minus-up"), natural, requested);
   };
@@ -56,6 +56,23 @@ TEST(ArtworkCache, HitsAreServedAndDamagedFilesRenderedAfreshAndRepaired) {
     EXPECT_EQ(request(), expected) << name;
     EXPECT_EQ(readArtworkCache(file, nullptr), expected) << name << ": repaired";
   }
+}
+
+// Served pixels are the file's, mapped: replacing the file (as every write does) leaves an
+// image already handed out as it was, and each copy keeps the mapping alive.
+TEST(ArtworkCache, AServedImageOutlivesTheFileBeingReplaced) {
+  QTemporaryDir dir;
+  const QString file = dir.filePath(QStringLiteral("x.raw"));
+  QImage blue(31, 7, QImage::Format_ARGB32_Premultiplied), green = blue;
+  blue.fill(Qt::blue);
+  green.fill(Qt::green);
+  ASSERT_TRUE(writeArtworkCache(file, blue, {31, 7}));
+  QImage served = readArtworkCache(file, nullptr);
+  const QImage copy = served;
+  ASSERT_TRUE(writeArtworkCache(file, green, {31, 7}));
+  served = QImage();
+  EXPECT_EQ(copy, blue);
+  EXPECT_EQ(readArtworkCache(file, nullptr), green);
 }
 
 TEST(ArtworkCache, NamesFollowSizeAndArtwork) {

@@ -6,6 +6,12 @@
 #include <QDir>
 #include <QFile>
 #include <QImageReader>
+#include <QResource>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cstdint>
@@ -62,10 +68,30 @@ QImage render(QByteArray svg, QSize* natural, const QSize& requestedSize) {
   return image.format() == kFormat ? image : image.convertToFormat(kFormat);
 }
 
+QString artworkPath(const QString& id) { return QStringLiteral(":/images/%1.svg").arg(id); }
+
+// A mapped cache file, unmapped when the last image sharing it goes.
+struct Mapping {
+  void* address;
+  size_t length;
+  static void release(void* mapping) {
+    auto* m = static_cast<Mapping*>(mapping);
+    munmap(m->address, m->length);
+    delete m;
+  }
+};
+
 }  // namespace
 
-QString artworkCacheName(const QString& id, const QSize& requestedSize, const QByteArray& svg) {
-  const QByteArray digest = QCryptographicHash::hash(svg, QCryptographicHash::Sha1).toHex().left(16);
+QByteArray bundledArtworkBytes(const QString& id) {
+  const QResource resource(artworkPath(id));
+  if (!resource.isValid() || resource.size() <= 0 || !resource.data()) return {};
+  return QByteArray::fromRawData(reinterpret_cast<const char*>(resource.data()),
+                                 static_cast<qsizetype>(resource.size()));
+}
+
+QString artworkCacheName(const QString& id, const QSize& requestedSize, const QByteArray& bundled) {
+  const QByteArray digest = QCryptographicHash::hash(bundled, QCryptographicHash::Sha1).toHex().left(16);
   return QStringLiteral("%1-%2x%3-%4.raw")
       .arg(id)
       .arg(requestedSize.width())
@@ -74,24 +100,32 @@ QString artworkCacheName(const QString& id, const QSize& requestedSize, const QB
 }
 
 QImage readArtworkCache(const QString& path, QSize* natural) {
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly)) return {};
+  const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return {};
+  struct stat st {};
+  void* address = MAP_FAILED;
+  if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size >= static_cast<off_t>(sizeof(CacheHeader)))
+    address = mmap(nullptr, static_cast<size_t>(st.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
+  ::close(fd);
+  if (address == MAP_FAILED) return {};
+  auto* mapping = new Mapping{address, static_cast<size_t>(st.st_size)};
+
   CacheHeader h{};
-  if (file.read(reinterpret_cast<char*>(&h), sizeof h) != sizeof h) return {};
+  std::memcpy(&h, address, sizeof h);
+  const qint64 rowBytes = qint64(h.width) * 4;
   if (std::memcmp(h.magic, kMagic, sizeof kMagic) != 0 || h.version != kCacheVersion ||
       h.format != static_cast<std::uint32_t>(kFormat) || !sensible(h.width, h.height) ||
-      !sensible(h.naturalWidth, h.naturalHeight))
+      !sensible(h.naturalWidth, h.naturalHeight) ||
+      st.st_size != static_cast<off_t>(sizeof h + rowBytes * h.height)) {
+    Mapping::release(mapping);
     return {};
-  const qint64 rowBytes = qint64(h.width) * 4;
-  if (file.size() != qint64(sizeof h) + rowBytes * h.height) return {};
-  QImage image(h.width, h.height, kFormat);
-  if (image.isNull()) return {};
-  if (image.bytesPerLine() == rowBytes) {
-    if (file.read(reinterpret_cast<char*>(image.bits()), rowBytes * h.height) != rowBytes * h.height)
-      return {};
-  } else {
-    for (int y = 0; y < h.height; ++y)
-      if (file.read(reinterpret_cast<char*>(image.scanLine(y)), rowBytes) != rowBytes) return {};
+  }
+  // The pixels start right after the header, on a 4-byte boundary as the format needs.
+  QImage image(static_cast<const uchar*>(address) + sizeof h, h.width, h.height, rowBytes, kFormat,
+               &Mapping::release, mapping);
+  if (image.isNull()) {
+    Mapping::release(mapping);
+    return {};
   }
   if (natural) *natural = QSize(h.naturalWidth, h.naturalHeight);
   return image;
@@ -133,15 +167,13 @@ bool writeArtworkCache(const QString& path, const QImage& image, QSize natural) 
 }
 
 QImage ArtworkProvider::requestImage(const QString& id, QSize* size, const QSize& requestedSize) {
-  const QString path = QStringLiteral(":/images/%1.svg").arg(id);
   if (id.isEmpty() || id.contains(QLatin1Char('/')) || id.contains(QLatin1Char('\\'))) return {};
-  QFile source(path);
-  if (!source.open(QIODevice::ReadOnly)) return {};
-  const QByteArray svg = source.readAll();
+  const QByteArray bundled = bundledArtworkBytes(id);
+  if (bundled.isEmpty()) return {};
 
   QString cached;
   if (!cacheDir_.isEmpty()) {
-    cached = QDir(cacheDir_).filePath(artworkCacheName(id, requestedSize, svg));
+    cached = QDir(cacheDir_).filePath(artworkCacheName(id, requestedSize, bundled));
     QSize natural;
     QImage image = readArtworkCache(cached, &natural);
     if (!image.isNull()) {
@@ -150,8 +182,10 @@ QImage ArtworkProvider::requestImage(const QString& id, QSize* size, const QSize
     }
   }
 
+  QFile source(artworkPath(id));
+  if (!source.open(QIODevice::ReadOnly)) return {};
   QSize natural;
-  QImage image = render(svg, &natural, requestedSize);
+  QImage image = render(source.readAll(), &natural, requestedSize);
   if (image.isNull()) return {};
   if (size) *size = natural;
   // A cache that cannot be written only costs the next start the rendering.

@@ -8,7 +8,7 @@ namespace zellick {
 
 // The bundled vector artwork (qrc:/images/<id>.svg) rendered at exactly the size the item
 // asks for, so it stays crisp at any scale. Served to QML as image://art/<id>.
-// With a cache folder, each rendering is kept there as a raw image, so later starts copy
+// With a cache folder, each rendering is kept there as a raw image, so later starts map the
 // pixels instead of parsing and rasterising the SVG again.
 class ArtworkProvider : public QQuickImageProvider {
  public:
@@ -23,11 +23,15 @@ class ArtworkProvider : public QQuickImageProvider {
   QString cacheDir_;
 };
 
+// The artwork's bytes as bundled (perhaps compressed), without copying: they change whenever
+// the artwork does. Empty when there is no artwork `id`.
+QByteArray bundledArtworkBytes(const QString& id);
 // The raw image cache. A file is named after the artwork, the size asked for and a digest of
-// the SVG data, so changed artwork never meets an old rendering.
-QString artworkCacheName(const QString& id, const QSize& requestedSize, const QByteArray& svg);
-// The image in `path` and the artwork's natural size; a null image when the file is missing,
-// truncated or not a cache file.
+// the bundled bytes, so changed artwork never meets an old rendering.
+QString artworkCacheName(const QString& id, const QSize& requestedSize, const QByteArray& bundled);
+// The image in `path`, mapped read-only rather than copied, and the artwork's natural size; a
+// null image when the file is missing, truncated or not a cache file. Cache files are only
+// ever replaced whole (see below), never rewritten in place under a reader's mapping.
 QImage readArtworkCache(const QString& path, QSize* natural);
 // Writes through a temporary file renamed into place, so readers never see half a file.
 bool writeArtworkCache(const QString& path, const QImage& image, QSize natural);
