@@ -45,7 +45,8 @@ int main(int argc, char** argv) {
 
   zellick::StderrLog log;
   const zellick::LaunchOptions options = zellick::parseLaunchOptions(app.arguments(), log);
-  // Fonts are set up beside the QML compilation; the screen waits for them before its text.
+  // The labels draw from the bundled face directly; Qt's text stack, which only the questions
+  // use, is set up after the first frame, and a question waits for it.
   zellick::qt::FontSetupAhead fontSetup([&log] { return zellick::registerBundledFonts(log); });
 
   zellick::qt::QSettingsDefaults defaults(settingsPath(), log);
@@ -57,7 +58,7 @@ int main(int argc, char** argv) {
 
   zellick::CounterApp counter({defaults, sound, bundle, log, tracker});
   counter.setArtworkCacheDir(artworkCacheDir());
-  counter.setBeforeCreate([&fontSetup] { fontSetup.wait(); });
+  counter.setBeforeQuestion([&fontSetup] { fontSetup.wait(); });
   QVariantMap windowProperties;
   if (options.width > 0) windowProperties = {{"width", options.width}, {"height", options.height}};
   if (!counter.load(QUrl(QStringLiteral("qrc:/qml/Main.qml")), windowProperties)) return 1;
@@ -69,6 +70,7 @@ int main(int argc, char** argv) {
   lifecycle.watchWindow(window);
   lifecycle.start();
   sound.loadAfterFirstFrame(window);
+  fontSetup.startAfterFirstFrame(window);
 
   if (options.stressLoop >= 0)
     zellick::startStressLoop(counter.controller(), counter.notifications(), options.stressLoop);

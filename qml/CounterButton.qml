@@ -1,7 +1,8 @@
 import QtQuick
 
 // A push button drawn from artwork: the pressed picture while a finger is down on it, or
-// the normal picture dimmed when it has none. Touches are routed by the screen, not here.
+// the normal picture dimmed when it has none (or it is not loaded yet). Touches are routed by
+// the screen, not here.
 Item {
     id: button
     property string viewKind: "button"
@@ -10,24 +11,31 @@ Item {
     property url pressedSource
     property bool highlighted: false
     property real renderScale: 1
+    // Set once the first frame is out: the pressed picture is no part of it.
+    property bool loadPressedPicture: false
 
-    readonly property bool hasPressedPicture: pressedSource.toString() !== ""
+    readonly property bool pressedShown: highlighted && pressed.item !== null
+                                         && pressed.item.status === Image.Ready
 
+    // Both pictures are rendered at the screen's resolution and drawn unsmoothed, as the wheels.
     Image {
         anchors.fill: parent
         source: button.source
         sourceSize: Qt.size(Math.ceil(width * button.renderScale), Math.ceil(height * button.renderScale))
-        visible: !(button.highlighted && button.hasPressedPicture)
+        visible: !button.pressedShown
         opacity: button.highlighted ? 0.7 : 1.0
-        smooth: true
+        smooth: false
     }
-    Image {
+    Loader {
+        id: pressed
         anchors.fill: parent
-        source: button.hasPressedPicture ? button.pressedSource : ""
-        // Not part of the first frame: rendered in the background meanwhile.
-        asynchronous: true
-        sourceSize: Qt.size(Math.ceil(width * button.renderScale), Math.ceil(height * button.renderScale))
-        visible: button.highlighted && button.hasPressedPicture
-        smooth: true
+        active: button.loadPressedPicture && button.pressedSource.toString() !== ""
+        visible: button.pressedShown
+        sourceComponent: Image {
+            source: button.pressedSource
+            asynchronous: true
+            sourceSize: Qt.size(Math.ceil(width * button.renderScale), Math.ceil(height * button.renderScale))
+            smooth: false
+        }
     }
 }

@@ -26,6 +26,9 @@ Window {
         x: (window.width - width * scale) / 2
         y: (window.height - height * scale) / 2
 
+        // Set by the app once the first frame is shown; what is not part of it waits for this.
+        property bool firstFrameShown: false
+
         // Device pixels per point, so the vector artwork is rasterised crisp.
         readonly property real renderScale: Math.max(0.25, scale * Screen.devicePixelRatio)
         readonly property real bodyY: (height - 460) / 2
@@ -60,22 +63,25 @@ Window {
             height: 460
             source: "image://art/counter-body"
             sourceSize: Qt.size(Math.ceil(width * screen.renderScale), Math.ceil(height * screen.renderScale))
-            smooth: true
+            smooth: false  // rendered at the screen's resolution, as the wheels
         }
 
         CounterButton {
             objectName: "ButtonAdd"; width: 110; height: 110
             image: "add-up.png"; source: "image://art/add-up"; pressedSource: "image://art/add-down"
+            loadPressedPicture: screen.firstFrameShown
             renderScale: screen.renderScale
         }
         CounterButton {
             objectName: "ButtonMinus"; width: 48; height: 48
             image: "minus-up.png"; source: "image://art/minus-up"; pressedSource: "image://art/minus-down"
+            loadPressedPicture: screen.firstFrameShown
             renderScale: screen.renderScale
         }
         CounterButton {
             objectName: "ButtonReset"; width: 44; height: 44
             image: "reset-up.png"; source: "image://art/reset-up"; pressedSource: "image://art/reset-down"
+            loadPressedPicture: screen.firstFrameShown
             renderScale: screen.renderScale
         }
         CounterButton {
@@ -111,8 +117,13 @@ Window {
             Rectangle {}
         }
 
-        Question {
+        // The questions, built when the first one is asked: none of it is in the first frame.
+        Loader {
+            objectName: "QuestionLoader"
             anchors.fill: parent
+            z: 1000
+            active: false
+            source: "Question.qml"
         }
     }
 }

@@ -10,5 +10,7 @@ Image {
     source: "image://art/wheel-strip"
     // Capped so the strip stays within common texture size limits.
     sourceSize: Qt.size(Math.ceil(width * Math.min(renderScale, 7)), Math.ceil(height * Math.min(renderScale, 7)))
-    smooth: true
+    // At the screen's resolution already: drawn pixel for pixel, which is sharper and spares
+    // the software renderer a filtered scaling on every frame of a roll.
+    smooth: false
 }

@@ -32,6 +32,12 @@ QQuickItem* find(QQuickItem* from, const QString& name) {
   return nullptr;
 }
 
+template <class F>
+bool waitFor(F done) {
+  for (int i = 0; i < 500 && !done(); ++i) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+  return done();
+}
+
 class RealScreen : public testing::Test {
  protected:
   void SetUp() override {
@@ -158,10 +164,33 @@ TEST_F(RealScreen, ReleasesRunByTheKindOfButton) {
   EXPECT_EQ(app->screen().button("ButtonB")->item()->property("source").toUrl(), QUrl("image://art/b-down"));
 }
 
+// The pressed pictures are no part of the first frame; once it is out they load, and until
+// one is in, a finger on its button dims the normal picture instead.
+TEST_F(RealScreen, PressedPicturesLoadAfterTheFirstFrame) {
+  QQuickItem* add = app->screen().button("ButtonAdd")->item();
+  QQuickItem* info = app->screen().button("ButtonInfo")->item();
+  ASSERT_TRUE(waitFor([&] { return app->screen().rootItem()->property("firstFrameShown").toBool(); }));
+  add->setProperty("highlighted", true);
+  info->setProperty("highlighted", true);
+  ASSERT_TRUE(waitFor([&] { return add->property("pressedShown").toBool(); }));
+  EXPECT_FALSE(info->property("pressedShown").toBool()) << "Info has no pressed picture";
+  const auto pictures = [](QQuickItem* button) {
+    int shown = 0;
+    for (QQuickItem* child : button->childItems()) shown += child->isVisible();
+    return shown;
+  };
+  EXPECT_EQ(pictures(add), 1) << "the pressed picture in place of the normal one";
+  EXPECT_EQ(pictures(info), 1);
+  EXPECT_LT(info->childItems().front()->opacity(), 1.0);
+}
+
 TEST_F(RealScreen, DoubleTapOnTheClockAsksAndYesResetsIt) {
   c->Ass = 5;
   c->ShowOnLabel();
+  EXPECT_EQ(find(window->contentItem(), "QuestionOverlay"), nullptr) << "built only when first asked";
   QQuickItem* overlay = app->screen().questionOverlay();
+  ASSERT_NE(overlay, nullptr);
+  EXPECT_EQ(app->screen().questionOverlay(), overlay) << "built once";
   // Only the clock's tag runs the clock: a tap on the background leaves it stopped.
   QTest::mouseClick(window, Qt::LeftButton, {}, background());
   EXPECT_EQ(colour("LabelTimer"), "#808080");

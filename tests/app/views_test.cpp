@@ -111,12 +111,16 @@ TEST(RunLoop, TimersFireOnceInDueOrderAndMaySelfDestruct) {
 TEST(Questions, OneAtATimeWithTheAnswerIndexAndTag) {
   QQuickItem overlay;  // no answered() signal here: answers are sent through the slot by name
   RecordingLog log;
-  QtAlertPresenter alerts(&overlay, log);
+  int built = 0, prepared = 0;
+  QtAlertPresenter alerts([&] { ++built; return &overlay; }, log);
+  alerts.setBeforeShow([&] { ++prepared; });
+  EXPECT_EQ(built, 0) << "the overlay is built for the first question, not before";
   std::vector<std::pair<int, int>> answers;  // tag, index
   auto first = std::make_shared<AlertView>("RESET TIMER", "?", std::vector<std::string>{"Yes", "No"});
   first->setTag(201);
   alerts.show(first, [&](AlertView& a, int i) { answers.emplace_back(a.tag(), i); });
   alerts.show(std::make_shared<AlertView>("NOTICE", "!", std::vector<std::string>{"OK"}), nullptr);
+  EXPECT_EQ(prepared, 1);
   EXPECT_EQ(overlay.property("title").toString(), "RESET TIMER");
   EXPECT_EQ(overlay.property("buttons").toStringList(), (QStringList{"Yes", "No"}));
 
@@ -127,6 +131,21 @@ TEST(Questions, OneAtATimeWithTheAnswerIndexAndTag) {
   EXPECT_EQ(overlay.property("title").toString(), "NOTICE");
   QMetaObject::invokeMethod(&alerts, "onAnswered", Q_ARG(int, 0));  // no answer handler: fine
   EXPECT_FALSE(overlay.property("shown").toBool());
+  EXPECT_EQ(built, 1);
+  EXPECT_EQ(prepared, 2);
+}
+
+TEST(Questions, WithoutAnOverlayTheFirstButtonAnswersAndItIsLogged) {
+  RecordingLog log;
+  int built = 0;
+  QtAlertPresenter alerts([&]() -> QQuickItem* { ++built; return nullptr; }, log);
+  std::vector<int> answers;
+  for (int i = 0; i < 2; ++i)
+    alerts.show(std::make_shared<AlertView>("NOTICE", "!", std::vector<std::string>{"OK", "No"}),
+                [&](AlertView&, int index) { answers.push_back(index); });
+  EXPECT_EQ(answers, (std::vector<int>{0, 0}));
+  EXPECT_EQ(built, 1) << "a failed build is not retried on every question";
+  EXPECT_EQ(log.lines.size(), 2u);
 }
 
 // The audio module is tried once the first frame is out, and only once.

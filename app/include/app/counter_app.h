@@ -48,8 +48,8 @@ class CounterApp {
             const QVariantMap& windowProperties = {});
   // Where the screen keeps rendered artwork between starts (see QtScreen); before load().
   void setArtworkCacheDir(const QString& dir) { artworkCacheDir_ = dir; }
-  // See QtScreen::setBeforeCreate; before load().
-  void setBeforeCreate(std::function<void()> run) { beforeCreate_ = std::move(run); }
+  // See QtScreen::setBeforeQuestion; before load().
+  void setBeforeQuestion(std::function<void()> run) { beforeQuestion_ = std::move(run); }
   // The controller's start: its view is loaded and about to appear.
   void start();
   // Posts become-active, for callers without a life-cycle source of their own.
@@ -63,7 +63,7 @@ class CounterApp {
  private:
   CounterAppParts parts_;
   QString artworkCacheDir_;
-  std::function<void()> beforeCreate_;
+  std::function<void()> beforeQuestion_;
   QtRunLoop runLoop_;
   QtClock clock_;
   NotificationCenter notifications_;

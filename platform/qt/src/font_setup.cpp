@@ -2,13 +2,12 @@
 
 #include <QFontDatabase>
 #include <QFontMetricsF>
+#include <QQuickWindow>
 
 namespace zellick::qt {
 
 FontSetupAhead::FontSetupAhead(std::function<QStringList()> registerFonts)
-    : thread_([registerFonts = std::move(registerFonts)] {
-        // The first font call sets up fontconfig (its configuration, the system font caches):
-        // most of the work, and it happens here.
+    : work_([registerFonts = std::move(registerFonts)] {
         const QStringList added = registerFonts ? registerFonts() : QStringList();
         // Registering empties the database: it is filled again here rather than on first use.
         // Family data and fallback lists are shared between threads; font engines are not.
@@ -16,10 +15,30 @@ FontSetupAhead::FontSetupAhead(std::function<QStringList()> registerFonts)
         for (const QString& family : added) QFontMetricsF(QFont(family)).height();
       }) {}
 
-FontSetupAhead::~FontSetupAhead() { wait(); }
+FontSetupAhead::~FontSetupAhead() {
+  if (thread_.joinable()) thread_.join();
+}
+
+void FontSetupAhead::startAfterFirstFrame(QQuickWindow* window) {
+  if (!window) return;
+  auto once = std::make_shared<QMetaObject::Connection>();
+  *once = QObject::connect(window, &QQuickWindow::frameSwapped, window, [this, once, window] {
+    QObject::disconnect(*once);
+    QMetaObject::invokeMethod(window, [this] { start(); }, Qt::QueuedConnection);
+  });
+}
+
+void FontSetupAhead::start() {
+  std::call_once(started_, [this] { thread_ = std::thread(work_); });
+}
 
 void FontSetupAhead::wait() {
-  if (thread_.joinable()) thread_.join();
+  bool ranHere = false;
+  std::call_once(started_, [this, &ranHere] {
+    work_();
+    ranHere = true;
+  });
+  if (!ranHere && thread_.joinable() && thread_.get_id() != std::this_thread::get_id()) thread_.join();
 }
 
 }  // namespace zellick::qt

@@ -4,10 +4,8 @@
 
 namespace zellick {
 
-QtAlertPresenter::QtAlertPresenter(QQuickItem* overlay, Log& log, QObject* parent)
-    : QObject(parent), overlay_(overlay), log_(log) {
-  if (overlay_) connect(overlay_, SIGNAL(answered(int)), this, SLOT(onAnswered(int)));
-}
+QtAlertPresenter::QtAlertPresenter(std::function<QQuickItem*()> overlay, Log& log, QObject* parent)
+    : QObject(parent), buildOverlay_(std::move(overlay)), log_(log) {}
 
 void QtAlertPresenter::show(std::shared_ptr<AlertView> alert, AlertAnswer answer) {
   if (!alert) {
@@ -30,11 +28,17 @@ void QtAlertPresenter::present() {
     log_.line("question \"" + alert.title + "\" has no buttons; offering OK");
     buttons << QStringLiteral("OK");
   }
+  if (!overlay_ && buildOverlay_) {
+    overlay_ = buildOverlay_();
+    buildOverlay_ = nullptr;
+    if (overlay_) connect(overlay_, SIGNAL(answered(int)), this, SLOT(onAnswered(int)));
+  }
   if (!overlay_) {
     log_.line("no question overlay on screen; \"" + alert.title + "\" answered with button 0");
     onAnswered(0);
     return;
   }
+  if (beforeShow_) beforeShow_();
   overlay_->setProperty("title", QString::fromStdString(alert.title));
   overlay_->setProperty("message", QString::fromStdString(alert.message));
   overlay_->setProperty("buttons", buttons);

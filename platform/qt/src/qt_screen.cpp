@@ -1,5 +1,6 @@
 #include "platform/qt/qt_screen.h"
 
+#include "platform/qt/glyph_label.h"
 #include "platform/qt/qt_artwork.h"
 
 #include <QFontDatabase>
@@ -48,7 +49,7 @@ QQuickItem* findItem(QQuickItem* from, const QString& name) {
 }  // namespace
 
 QStringList registerBundledFonts(Log& log) {
-  const QString path = QStringLiteral(":/fonts/RobotoCondensed-Bold.ttf");
+  const QString path = QString::fromLatin1(qt::kBundledFontResource);
   const int id = QFontDatabase::addApplicationFont(path);
   if (id < 0) {
     log.line("could not load the label font " + path.toStdString() + "; using the default font");
@@ -78,11 +79,10 @@ QtScreen::~QtScreen() {
 bool QtScreen::load(const QUrl& url, const QVariantMap& windowProperties) {
   // A plain engine: the application engine's translations, file selectors and quit wiring
   // are not used here and cost start-up time.
+  qt::GlyphLabel::registerType();
   engine_ = std::make_unique<QQmlEngine>();
   engine_->addImageProvider(QStringLiteral("art"), new ArtworkProvider(artworkCacheDir_));
   QQmlComponent component(engine_.get(), url);
-  // Fonts are ready before the first text is laid out.
-  if (beforeCreate_) beforeCreate_();
   if (component.isReady()) screen_.reset(component.createWithInitialProperties(windowProperties));
   if (!screen_) {
     log_.line("could not load the screen " + url.toString().toStdString() + ": " +
@@ -129,11 +129,20 @@ bool QtScreen::load(const QUrl& url, const QVariantMap& windowProperties) {
   for (const auto& [name, tag] : labelTags_)
     if (!labels_.count(name)) log_.line("the screen has no label " + name);
 
-  overlay_ = findItem(root_, QStringLiteral("QuestionOverlay"));
-  if (!overlay_) log_.line("the screen has no question overlay");
-  alerts_ = std::make_unique<QtAlertPresenter>(overlay_, log_);
+  questionLoader_ = findItem(root_, QStringLiteral("QuestionLoader"));
+  if (!questionLoader_) log_.line("the screen has no question overlay");
+  alerts_ = std::make_unique<QtAlertPresenter>([this] { return questionOverlay(); }, log_);
+  alerts_->setBeforeShow(beforeQuestion_);
 
   window_->installEventFilter(this);
+  // What the first frame does without (the pressed pictures) loads once it is out; queued, so
+  // the frame's own signal returns at once.
+  auto once = std::make_shared<QMetaObject::Connection>();
+  *once = connect(window_, &QQuickWindow::frameSwapped, this, [this, once] {
+    disconnect(*once);
+    QMetaObject::invokeMethod(
+        this, [this] { if (root_) root_->setProperty("firstFrameShown", true); }, Qt::QueuedConnection);
+  });
   return true;
 }
 
@@ -175,6 +184,17 @@ QPointF QtScreen::toScreen(QPointF windowPos) const {
 
 QPointF QtScreen::toWindow(QPointF screenPoint) const {
   return root_ ? root_->mapToScene(screenPoint) : screenPoint;
+}
+
+QQuickItem* QtScreen::questionOverlay() {
+  if (overlay_ || !questionLoader_) return overlay_;
+  questionLoader_->setProperty("active", true);
+  overlay_ = qobject_cast<QQuickItem*>(questionLoader_->property("item").value<QObject*>());
+  if (!overlay_) {
+    log_.line("the question overlay could not be built");
+    questionLoader_ = nullptr;
+  }
+  return overlay_;
 }
 
 bool QtScreen::questionShown() const {

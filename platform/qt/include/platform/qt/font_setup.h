@@ -3,17 +3,18 @@
 #include <QStringList>
 
 #include <functional>
+#include <mutex>
 #include <thread>
+
+class QQuickWindow;
 
 namespace zellick::qt {
 
-// Runs the font set-up on a helper thread so that it overlaps the QML compilation instead of
-// stalling the first text the screen lays out: `registerFonts` (which returns the families it
-// added; the first font call also sets up fontconfig, the bulk of the work), then filling Qt's
-// font database and the added families' fallbacks so the main thread finds them
-// ready. Qt's font database locks itself, so the main thread is never wrong meanwhile, only
-// kept waiting if it gets there first. Construct after the QGuiApplication; wait() before the
-// screen creates any text.
+// Qt's text stack, which only the questions use, set up off the start-up path: `registerFonts`
+// (it returns the families it added; the first font call also reads the system font
+// configuration, the bulk of the work), then Qt's font database and the added families'
+// fallbacks, on a helper thread started once the first frame is out. Qt's font database locks
+// itself, so a caller meanwhile is kept waiting, never wrong.
 class FontSetupAhead {
  public:
   explicit FontSetupAhead(std::function<QStringList()> registerFonts = {});
@@ -21,10 +22,16 @@ class FontSetupAhead {
   FontSetupAhead& operator=(const FontSetupAhead&) = delete;
   ~FontSetupAhead();
 
-  // Blocks until the set-up is done; harmless to call again.
+  // Starts the helper thread after `window`'s first frame; nothing if already started.
+  void startAfterFirstFrame(QQuickWindow* window);
+  // Starts the helper thread now; nothing if already started.
+  void start();
+  // Returns once the set-up is done, doing it here if it never started; harmless to repeat.
   void wait();
 
  private:
+  std::function<void()> work_;
+  std::once_flag started_;
   std::thread thread_;
 };
 

@@ -5,6 +5,7 @@
 #include <QQuickItem>
 
 #include <deque>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -18,11 +19,15 @@ namespace zellick {
 class QtAlertPresenter : public QObject, public AlertPresenter {
   Q_OBJECT
  public:
-  QtAlertPresenter(QQuickItem* overlay, Log& log, QObject* parent = nullptr);
+  // `overlay` builds the question overlay when the first question is asked; it may return
+  // null, and the questions are then answered with their first button (logged).
+  QtAlertPresenter(std::function<QQuickItem*()> overlay, Log& log, QObject* parent = nullptr);
   QtAlertPresenter(const QtAlertPresenter&) = delete;
   QtAlertPresenter& operator=(const QtAlertPresenter&) = delete;
 
   void show(std::shared_ptr<AlertView> alert, AlertAnswer answer) override;
+  // Run before each question is put on screen.
+  void setBeforeShow(std::function<void()> run) { beforeShow_ = std::move(run); }
 
   // The question on screen, or null.
   const AlertView* current() const { return current_.first.get(); }
@@ -34,8 +39,10 @@ class QtAlertPresenter : public QObject, public AlertPresenter {
  private:
   void present();
 
+  std::function<QQuickItem*()> buildOverlay_;
   QPointer<QQuickItem> overlay_;
   Log& log_;
+  std::function<void()> beforeShow_;
   std::pair<std::shared_ptr<AlertView>, AlertAnswer> current_;
   std::deque<std::pair<std::shared_ptr<AlertView>, AlertAnswer>> queue_;
 };

@@ -46,9 +46,8 @@ class QtScreen : public QObject {
   // Where rendered artwork is kept between starts; empty (the default) keeps none. Takes
   // effect at the next load().
   void setArtworkCacheDir(const QString& dir) { artworkCacheDir_ = dir; }
-  // Run by load() after the interface file is compiled and before any of it is created
-  // (e.g. registering fonts late, so their set-up overlaps the compilation).
-  void setBeforeCreate(std::function<void()> run) { beforeCreate_ = std::move(run); }
+  // Run before each question shows (e.g. waiting for the fonts its text uses); before load().
+  void setBeforeQuestion(std::function<void()> run) { beforeQuestion_ = std::move(run); }
 
   QQuickWindow* window() const { return window_; }
   QQuickItem* rootItem() const { return root_; }
@@ -57,7 +56,8 @@ class QtScreen : public QObject {
   QtImageView* imageView(const std::string& name) const;
   QtLabel* label(const std::string& name) const;
   QtAlertPresenter* alerts() const { return alerts_.get(); }
-  QQuickItem* questionOverlay() const { return overlay_; }
+  // The question overlay, built on the first call; null (logged) when it cannot be built.
+  QQuickItem* questionOverlay();
 
   // What a button's touches run. A button with a press action runs `release` for every
   // press that ends, inside or outside; one without runs it on a release inside only.
@@ -88,11 +88,12 @@ class QtScreen : public QObject {
   Log& log_;
   std::map<std::string, int> labelTags_;
   QString artworkCacheDir_;
-  std::function<void()> beforeCreate_;
+  std::function<void()> beforeQuestion_;
   std::unique_ptr<QQmlEngine> engine_;
   std::unique_ptr<QObject> screen_;  // the window the screen file made; goes before the engine
   QPointer<QQuickWindow> window_;
   QPointer<QQuickItem> root_;
+  QPointer<QQuickItem> questionLoader_;
   QPointer<QQuickItem> overlay_;
   std::unique_ptr<QtRootView> rootView_;
   std::map<std::string, std::unique_ptr<QtButton>> buttons_;
