@@ -69,7 +69,7 @@ RasterLine LineRaster::render(const QString& text, double pixelSize, QColor colo
       if (FT_Get_Kerning(face, previous, index, FT_KERNING_UNFITTED, &delta) == 0) pen += delta.x;
     }
     previous = index;
-    if (FT_Load_Glyph(face, index, FT_LOAD_TARGET_LIGHT) != 0) continue;
+    if (FT_Load_Glyph(face, index, FT_LOAD_NO_HINTING) != 0) continue;
     FT_GlyphSlot slot = face->glyph;
     if (FT_Render_Glyph(slot, FT_RENDER_MODE_NORMAL) == 0 && slot->bitmap.width > 0 &&
         slot->bitmap.rows > 0 && slot->bitmap.pixel_mode == FT_PIXEL_MODE_GRAY) {

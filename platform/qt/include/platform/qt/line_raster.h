@@ -20,7 +20,7 @@ struct RasterLine {
 };
 
 // Rasterises single lines of text with FreeType straight from a font file's bytes, without
-// the system font configuration. Grey-level antialiasing, light hinting, the face's kerning
+// the system font configuration. Grey-level antialiasing of the unhinted outlines, the face's kerning
 // table. One instance per thread: FreeType faces are not shared between threads.
 class LineRaster {
  public:
