@@ -27,7 +27,8 @@ QString settingsPath() {
   return QDir(dir).filePath(QStringLiteral("defaults.ini"));
 }
 
-// Rendered artwork kept between starts; $ZELLICK_ARTWORK_CACHE overrides, "off" disables.
+// Rendered artwork kept between starts; $ZELLICK_ARTWORK_CACHE overrides, "off" disables. The
+// renderings shipped in the bundle's artwork folders are used either way.
 QString artworkCacheDir() {
   const QByteArray env = qgetenv("ZELLICK_ARTWORK_CACHE");
   if (env == "off") return {};
@@ -58,6 +59,10 @@ int main(int argc, char** argv) {
 
   zellick::CounterApp counter({defaults, sound, bundle, log, tracker});
   counter.setArtworkCacheDir(artworkCacheDir());
+  QStringList shipped;
+  for (const std::string& folder : zellick::bundleFolders())
+    shipped << QDir(QString::fromStdString(folder)).filePath(QStringLiteral("artwork"));
+  counter.setShippedArtworkDirs(shipped);
   counter.setBeforeQuestion([&fontSetup] { fontSetup.wait(); });
   QVariantMap windowProperties;
   if (options.width > 0) windowProperties = {{"width", options.width}, {"height", options.height}};

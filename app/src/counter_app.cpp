@@ -20,6 +20,7 @@ bool CounterApp::load(const QUrl& url, const QVariantMap& windowProperties) {
   screen_ = std::make_unique<QtScreen>(
       parts_.log, std::map<std::string, int>{{"LabelTimer", kLabelTimerTag}, {"LabelAvg", kLabelAvgTag}});
   screen_->setArtworkCacheDir(artworkCacheDir_);
+  screen_->setShippedArtworkDirs(shippedArtworkDirs_);
   screen_->setBeforeQuestion(beforeQuestion_);
   if (!screen_->load(url, windowProperties)) return false;
   QtScreen& s = *screen_;

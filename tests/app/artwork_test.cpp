@@ -1,6 +1,7 @@
 // The artwork provider's disk cache: hits are used, anything wrong with a cache file falls back
 // to rendering (and repairs the file), and changed artwork never meets an old rendering.
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -56,6 +57,32 @@ TEST(ArtworkCache, HitsAreServedAndDamagedFilesRenderedAfreshAndRepaired) {
     EXPECT_EQ(request(), expected) << name;
     EXPECT_EQ(readArtworkCache(file, nullptr), expected) << name << ": repaired";
   }
+}
+
+// Renderings shipped with the app come first; a damaged one is passed over, never written to.
+TEST(ArtworkCache, ShippedRenderingsComeFirstAndAreOnlyRead) {
+  if (bundledArtworkBytes(QStringLiteral("minus-up")).isEmpty()) GTEST_SKIP() << "artwork not linked in";
+  const QSize requested(54, 54);
+  const QString name = artworkCacheName(QStringLiteral("minus-up"), requested, bundledArtworkBytes("minus-up"));
+  QTemporaryDir shipped, cache;
+  QImage blue(54, 54, QImage::Format_ARGB32_Premultiplied), green = blue;
+  blue.fill(Qt::blue);
+  green.fill(Qt::green);
+  ASSERT_TRUE(writeArtworkCache(shipped.filePath(name), blue, {9, 9}));
+  ASSERT_TRUE(writeArtworkCache(cache.filePath(name), green, {9, 9}));
+  ArtworkProvider provider(cache.path(), {QStringLiteral("/nonexistent"), shipped.path()});
+  EXPECT_EQ(provider.requestImage(QStringLiteral("minus-up"), nullptr, requested), blue);
+
+  QFile damaged(shipped.filePath(name));
+  ASSERT_TRUE(damaged.open(QIODevice::WriteOnly | QIODevice::Truncate));
+  damaged.write("junk");
+  damaged.close();
+  EXPECT_EQ(provider.requestImage(QStringLiteral("minus-up"), nullptr, requested), green);
+  QFile::remove(cache.filePath(name));
+  const QImage rendered = provider.requestImage(QStringLiteral("minus-up"), nullptr, requested);
+  EXPECT_EQ(rendered.size(), requested);
+  EXPECT_EQ(readArtworkCache(cache.filePath(name), nullptr), rendered) << "the rendering goes to the cache";
+  EXPECT_EQ(QFileInfo(shipped.filePath(name)).size(), 4) << "the shipped folder is left alone";
 }
 
 // Served pixels are the file's, mapped: replacing the file (as every write does) leaves an

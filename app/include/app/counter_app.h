@@ -48,6 +48,8 @@ class CounterApp {
             const QVariantMap& windowProperties = {});
   // Where the screen keeps rendered artwork between starts (see QtScreen); before load().
   void setArtworkCacheDir(const QString& dir) { artworkCacheDir_ = dir; }
+  // See QtScreen::setShippedArtworkDirs; before load().
+  void setShippedArtworkDirs(const QStringList& dirs) { shippedArtworkDirs_ = dirs; }
   // See QtScreen::setBeforeQuestion; before load().
   void setBeforeQuestion(std::function<void()> run) { beforeQuestion_ = std::move(run); }
   // The controller's start: its view is loaded and about to appear.
@@ -63,6 +65,7 @@ class CounterApp {
  private:
   CounterAppParts parts_;
   QString artworkCacheDir_;
+  QStringList shippedArtworkDirs_;
   std::function<void()> beforeQuestion_;
   QtRunLoop runLoop_;
   QtClock clock_;

@@ -1,7 +1,6 @@
 #include "platform/qt/qt_artwork.h"
 
 #include <QCoreApplication>
-#include <QCryptographicHash>
 #include <QBuffer>
 #include <QDir>
 #include <QFile>
@@ -91,12 +90,15 @@ QByteArray bundledArtworkBytes(const QString& id) {
 }
 
 QString artworkCacheName(const QString& id, const QSize& requestedSize, const QByteArray& bundled) {
-  const QByteArray digest = QCryptographicHash::hash(bundled, QCryptographicHash::Sha1).toHex().left(16);
+  // 64-bit FNV-1a: a cache key, not a defence; cheap on every start, unlike a cryptographic hash.
+  std::uint64_t hash = 0xcbf29ce484222325ULL;
+  for (const char c : bundled) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3ULL;
+  const QString digest = QStringLiteral("%1").arg(hash, 16, 16, QLatin1Char('0'));
   return QStringLiteral("%1-%2x%3-%4.raw")
       .arg(id)
       .arg(requestedSize.width())
       .arg(requestedSize.height())
-      .arg(QString::fromLatin1(digest));
+      .arg(digest);
 }
 
 QImage readArtworkCache(const QString& path, QSize* natural) {
@@ -171,11 +173,14 @@ QImage ArtworkProvider::requestImage(const QString& id, QSize* size, const QSize
   const QByteArray bundled = bundledArtworkBytes(id);
   if (bundled.isEmpty()) return {};
 
-  QString cached;
-  if (!cacheDir_.isEmpty()) {
-    cached = QDir(cacheDir_).filePath(artworkCacheName(id, requestedSize, bundled));
+  const QString name = artworkCacheName(id, requestedSize, bundled);
+  const QString cached = cacheDir_.isEmpty() ? QString() : QDir(cacheDir_).filePath(name);
+  QStringList tries;
+  for (const QString& dir : shippedDirs_) tries << QDir(dir).filePath(name);
+  if (!cached.isEmpty()) tries << cached;
+  for (const QString& path : tries) {
     QSize natural;
-    QImage image = readArtworkCache(cached, &natural);
+    QImage image = readArtworkCache(path, &natural);
     if (!image.isNull()) {
       if (size) *size = natural;
       return image;

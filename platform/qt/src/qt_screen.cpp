@@ -81,7 +81,7 @@ bool QtScreen::load(const QUrl& url, const QVariantMap& windowProperties) {
   // are not used here and cost start-up time.
   qt::GlyphLabel::registerType();
   engine_ = std::make_unique<QQmlEngine>();
-  engine_->addImageProvider(QStringLiteral("art"), new ArtworkProvider(artworkCacheDir_));
+  engine_->addImageProvider(QStringLiteral("art"), new ArtworkProvider(artworkCacheDir_, shippedArtworkDirs_));
   QQmlComponent component(engine_.get(), url);
   if (component.isReady()) screen_.reset(component.createWithInitialProperties(windowProperties));
   if (!screen_) {

@@ -3,24 +3,29 @@
 #include <QImage>
 #include <QQuickImageProvider>
 #include <QString>
+#include <QStringList>
 
 namespace zellick {
 
 // The bundled vector artwork (qrc:/images/<id>.svg) rendered at exactly the size the item
 // asks for, so it stays crisp at any scale. Served to QML as image://art/<id>.
 // With a cache folder, each rendering is kept there as a raw image, so later starts map the
-// pixels instead of parsing and rasterising the SVG again.
+// pixels instead of parsing and rasterising the SVG again. Renderings shipped with the app
+// (the same files, made at build time for the usual window sizes) are looked for first.
 class ArtworkProvider : public QQuickImageProvider {
  public:
-  // `cacheDir` empty: no disk cache.
-  explicit ArtworkProvider(QString cacheDir = {})
-      : QQuickImageProvider(QQuickImageProvider::Image), cacheDir_(std::move(cacheDir)) {}
+  // `cacheDir` empty: no disk cache. `shippedDirs` are only read, in order.
+  explicit ArtworkProvider(QString cacheDir = {}, QStringList shippedDirs = {})
+      : QQuickImageProvider(QQuickImageProvider::Image),
+        cacheDir_(std::move(cacheDir)),
+        shippedDirs_(std::move(shippedDirs)) {}
 
   // Thread-safe: each call renders with its own renderer. An unknown id gives a null image.
   QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
 
  private:
   QString cacheDir_;
+  QStringList shippedDirs_;
 };
 
 // The artwork's bytes as bundled (perhaps compressed), without copying: they change whenever

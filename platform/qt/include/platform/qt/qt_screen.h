@@ -46,6 +46,8 @@ class QtScreen : public QObject {
   // Where rendered artwork is kept between starts; empty (the default) keeps none. Takes
   // effect at the next load().
   void setArtworkCacheDir(const QString& dir) { artworkCacheDir_ = dir; }
+  // Read-only folders of artwork rendered at build time, tried before the cache.
+  void setShippedArtworkDirs(const QStringList& dirs) { shippedArtworkDirs_ = dirs; }
   // Run before each question shows (e.g. waiting for the fonts its text uses); before load().
   void setBeforeQuestion(std::function<void()> run) { beforeQuestion_ = std::move(run); }
 
@@ -88,6 +90,7 @@ class QtScreen : public QObject {
   Log& log_;
   std::map<std::string, int> labelTags_;
   QString artworkCacheDir_;
+  QStringList shippedArtworkDirs_;
   std::function<void()> beforeQuestion_;
   std::unique_ptr<QQmlEngine> engine_;
   std::unique_ptr<QObject> screen_;  // the window the screen file made; goes before the engine
