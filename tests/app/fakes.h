@@ -1,8 +1,10 @@
 #pragma once
 
 // What the Qt tests need beyond the product: a log to read back (shared with the platform
-// tests), and animation time that moves only when told.
+// tests), animation time that moves only when told, and a bounded wait on the event loop.
 #include <QAnimationDriver>
+#include <QCoreApplication>
+#include <QElapsedTimer>
 
 #include "recording_log.h"
 
@@ -27,5 +29,14 @@ class SteppedAnimationDriver : public QAnimationDriver {
  private:
   qint64 elapsed_ = 0;
 };
+
+// Runs the event loop until `done()` holds or five seconds pass; whether it holds.
+template <class F>
+bool waitFor(F done) {
+  QElapsedTimer t;
+  t.start();
+  while (!done() && t.elapsed() < 5000) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+  return done();
+}
 
 }  // namespace zellick::test

@@ -32,12 +32,6 @@ QQuickItem* find(QQuickItem* from, const QString& name) {
   return nullptr;
 }
 
-template <class F>
-bool waitFor(F done) {
-  for (int i = 0; i < 500 && !done(); ++i) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
-  return done();
-}
-
 class RealScreen : public testing::Test {
  protected:
   void SetUp() override {
@@ -169,10 +163,10 @@ TEST_F(RealScreen, ReleasesRunByTheKindOfButton) {
 TEST_F(RealScreen, PressedPicturesLoadAfterTheFirstFrame) {
   QQuickItem* add = app->screen().button("ButtonAdd")->item();
   QQuickItem* info = app->screen().button("ButtonInfo")->item();
-  ASSERT_TRUE(waitFor([&] { return app->screen().rootItem()->property("firstFrameShown").toBool(); }));
+  ASSERT_TRUE(test::waitFor([&] { return app->screen().rootItem()->property("firstFrameShown").toBool(); }));
   add->setProperty("highlighted", true);
   info->setProperty("highlighted", true);
-  ASSERT_TRUE(waitFor([&] { return add->property("pressedShown").toBool(); }));
+  ASSERT_TRUE(test::waitFor([&] { return add->property("pressedShown").toBool(); }));
   EXPECT_FALSE(info->property("pressedShown").toBool()) << "Info has no pressed picture";
   const auto pictures = [](QQuickItem* button) {
     int shown = 0;

@@ -1,6 +1,5 @@
 // The Qt views, run loop and questions on their own items, and the audio module's deferred start.
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QQuickItem>
 #include <QQuickWindow>
 
@@ -76,14 +75,6 @@ TEST(ImageView, PlacesThroughContainersAndGetsToTheLastTargetAskedFor) {
   driver.uninstall();
 }
 
-template <class F>
-bool waitFor(F done) {
-  QElapsedTimer t;
-  t.start();
-  while (!done() && t.elapsed() < 5000) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
-  return done();
-}
-
 TEST(RunLoop, TimersFireOnceInDueOrderAndMaySelfDestruct) {
   QtRunLoop loop;
   std::vector<std::string> fired;
@@ -102,7 +93,7 @@ TEST(RunLoop, TimersFireOnceInDueOrderAndMaySelfDestruct) {
     if (++ticks < 3) loop.scheduledTimer(0.001, tick);
   };
   loop.scheduledTimer(0.001, tick);
-  ASSERT_TRUE(waitFor([&] { return fired.size() >= 3 && ticks == 3 && !held; }));
+  ASSERT_TRUE(test::waitFor([&] { return fired.size() >= 3 && ticks == 3 && !held; }));
   EXPECT_EQ(fired, (std::vector<std::string>{"b", "c", "a valid"}));
   EXPECT_FALSE(a->isValid());
   EXPECT_EQ(loop.pendingCount(), 0u);
@@ -163,7 +154,7 @@ TEST(DeferredSoundStart, ModuleIsTriedOnlyAfterTheFirstFrame) {
   bool swapped = false;
   QObject::connect(&window, &QQuickWindow::frameSwapped, [&] { swapped = true; });
   window.show();
-  ASSERT_TRUE(waitFor([&] { return swapped && !log.lines.empty(); }));
+  ASSERT_TRUE(test::waitFor([&] { return swapped && !log.lines.empty(); }));
   EXPECT_EQ(log.lines.size(), 1u);
   EXPECT_TRUE(sound.isMuted());
   window.update();

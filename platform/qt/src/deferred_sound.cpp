@@ -6,11 +6,11 @@
 #include <QLibrary>
 #include <QPointer>
 #include <QQuickWindow>
-#include <QTimer>
 
 #include <cstdlib>
 
 #include "platform/qt/audio_module_abi.h"
+#include "platform/qt/first_frame.h"
 
 namespace zellick::qt {
 
@@ -87,12 +87,7 @@ void DeferredSoundOutput::load() {
 
 void DeferredSoundOutput::loadAfterFirstFrame(QQuickWindow* window) {
   if (!window || muted_ || real_) return;
-  auto once = std::make_shared<QMetaObject::Connection>();
-  *once = QObject::connect(window, &QQuickWindow::frameSwapped, window, [this, once, window] {
-    QObject::disconnect(*once);
-    // Queued: the frame is out before the module is loaded.
-    QTimer::singleShot(0, window, [this] { load(); });
-  });
+  afterFirstFrame(window, window, [this] { load(); });
 }
 
 std::shared_ptr<AudioPlayer> DeferredSoundOutput::playerWithContentsOfFile(const std::string& path) {

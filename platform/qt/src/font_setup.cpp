@@ -4,6 +4,8 @@
 #include <QFontMetricsF>
 #include <QQuickWindow>
 
+#include "platform/qt/first_frame.h"
+
 namespace zellick::qt {
 
 FontSetupAhead::FontSetupAhead(std::function<QStringList()> registerFonts)
@@ -20,12 +22,7 @@ FontSetupAhead::~FontSetupAhead() {
 }
 
 void FontSetupAhead::startAfterFirstFrame(QQuickWindow* window) {
-  if (!window) return;
-  auto once = std::make_shared<QMetaObject::Connection>();
-  *once = QObject::connect(window, &QQuickWindow::frameSwapped, window, [this, once, window] {
-    QObject::disconnect(*once);
-    QMetaObject::invokeMethod(window, [this] { start(); }, Qt::QueuedConnection);
-  });
+  afterFirstFrame(window, window, [this] { start(); });
 }
 
 void FontSetupAhead::start() {
@@ -38,7 +35,7 @@ void FontSetupAhead::wait() {
     work_();
     ranHere = true;
   });
-  if (!ranHere && thread_.joinable() && thread_.get_id() != std::this_thread::get_id()) thread_.join();
+  if (!ranHere && thread_.joinable()) thread_.join();
 }
 
 }  // namespace zellick::qt

@@ -1,5 +1,6 @@
 #include "platform/qt/qt_screen.h"
 
+#include "platform/qt/first_frame.h"
 #include "platform/qt/glyph_label.h"
 #include "platform/qt/qt_artwork.h"
 
@@ -77,9 +78,9 @@ QtScreen::~QtScreen() {
 }
 
 bool QtScreen::load(const QUrl& url, const QVariantMap& windowProperties) {
+  qt::GlyphLabel::registerType();
   // A plain engine: the application engine's translations, file selectors and quit wiring
   // are not used here and cost start-up time.
-  qt::GlyphLabel::registerType();
   engine_ = std::make_unique<QQmlEngine>();
   engine_->addImageProvider(QStringLiteral("art"), new ArtworkProvider(artworkCacheDir_, shippedArtworkDirs_));
   QQmlComponent component(engine_.get(), url);
@@ -135,13 +136,9 @@ bool QtScreen::load(const QUrl& url, const QVariantMap& windowProperties) {
   alerts_->setBeforeShow(beforeQuestion_);
 
   window_->installEventFilter(this);
-  // What the first frame does without (the pressed pictures) loads once it is out; queued, so
-  // the frame's own signal returns at once.
-  auto once = std::make_shared<QMetaObject::Connection>();
-  *once = connect(window_, &QQuickWindow::frameSwapped, this, [this, once] {
-    disconnect(*once);
-    QMetaObject::invokeMethod(
-        this, [this] { if (root_) root_->setProperty("firstFrameShown", true); }, Qt::QueuedConnection);
+  // What the first frame does without (the pressed pictures) loads once it is out.
+  qt::afterFirstFrame(window_, this, [this] {
+    if (root_) root_->setProperty("firstFrameShown", true);
   });
   return true;
 }
