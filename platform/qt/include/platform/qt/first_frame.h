@@ -7,9 +7,9 @@ class QQuickWindow;
 
 namespace zellick::qt {
 
-// Runs `run` once `window` has shown its first frame: on `context`'s thread, queued so the
-// frame's own signal returns at once, and not at all if `context` is gone by then. For work
-// the first frame can do without.
+// Runs `run` a moment (0.1 s) after `window` has shown its first frame, on `context`'s thread,
+// and not at all if `context` is gone by then. For work the first frame can do without: it
+// then does not compete with the frame's way to the screen.
 void afterFirstFrame(QQuickWindow* window, QObject* context, std::function<void()> run);
 
 }  // namespace zellick::qt
