@@ -1,5 +1,6 @@
 // The Qt views, run loop and questions on their own items, and the audio module's deferred start.
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QQuickItem>
 #include <QQuickWindow>
 
@@ -12,6 +13,7 @@
 
 #include "fakes.h"
 #include "platform/qt/deferred_sound.h"
+#include "platform/qt/first_frame.h"
 #include "platform/qt/qt_presenters.h"
 #include "platform/qt/qt_runloop.h"
 #include "platform/qt/qt_views.h"
@@ -137,6 +139,27 @@ TEST(Questions, WithoutAnOverlayTheFirstButtonAnswersAndItIsLogged) {
   EXPECT_EQ(answers, (std::vector<int>{0, 0}));
   EXPECT_EQ(built, 1) << "a failed build is not retried on every question";
   EXPECT_EQ(log.lines.size(), 2u);
+}
+
+// Deferred work runs once, after the first frame; not at all when its owner went first.
+TEST(AfterFirstFrame, RunsOnceAfterTheFrameUnlessItsOwnerIsGone) {
+  QQuickWindow window;
+  window.resize(100, 100);
+  auto owner = std::make_unique<QObject>(), gone = std::make_unique<QObject>();
+  int ran = 0, ranForGone = 0;
+  qt::afterFirstFrame(&window, owner.get(), [&] { ++ran; });
+  qt::afterFirstFrame(&window, gone.get(), [&] { ++ranForGone; });
+  gone.reset();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(ran, 0) << "ran before any frame";
+  window.show();
+  ASSERT_TRUE(test::waitFor([&] { return ran > 0; }));
+  window.update();
+  QElapsedTimer t;
+  t.start();
+  while (t.elapsed() < 300) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+  EXPECT_EQ(ran, 1);
+  EXPECT_EQ(ranForGone, 0);
 }
 
 // The audio module is tried once the first frame is out, and only once.
