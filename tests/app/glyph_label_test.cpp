@@ -166,6 +166,10 @@ TEST_F(GlyphLabelOnScreen, FollowsTextAndColourAndMayOverflowItsFrame) {
   EXPECT_GT(wide.right(), 40 + 84);
   EXPECT_NEAR(wide.center().x(), 40 + 42, 2);
 
+  // A new frame centres it anew.
+  label.setSize({300, 24});
+  EXPECT_NEAR(inkOnScreen().center().x(), 40 + 150, 2);
+
   label.setText(QString());
   EXPECT_TRUE(inkOnScreen().isEmpty());
 }
