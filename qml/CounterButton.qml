@@ -5,8 +5,6 @@ import QtQuick
 // the screen, not here.
 Item {
     id: button
-    property string viewKind: "button"
-    property string image
     property url source
     property url pressedSource
     property bool highlighted: false

@@ -3,7 +3,6 @@ import Zellick
 
 // The clock and rate labels: grey condensed bold text, centred in its frame.
 GlyphLabel {
-    property string viewKind: "label"
     color: "#808080"
     font.family: "Roboto Condensed"
     font.bold: true

@@ -1,8 +1,9 @@
 import QtQuick
 import QtQuick.Window
 
-// The counter screen: a 320-point-wide portrait screen, scaled to fit the window and
-// letterboxed in black. Controls are found by objectName; the controller places them.
+// The counter screen: a portrait logical screen, scaled to fit the window and letterboxed in
+// black. Controls are found by objectName; the app sizes and places them from the counter's
+// table of controls, and the controller moves them from there.
 Window {
     id: window
     title: "Zellick"
@@ -11,14 +12,18 @@ Window {
     height: 640
     visible: true
 
+    // The logical screen's width and least height, in points.
+    required property real logicalWidth
+    required property real minLogicalHeight
+
     // Fixed once at start-up: the layout does not change when the window is resized.
-    property real screenHeight: 480
-    Component.onCompleted: screenHeight = Math.max(480, height * 320 / Math.max(1, width))
+    property real screenHeight: minLogicalHeight
+    Component.onCompleted: screenHeight = Math.max(minLogicalHeight, height * logicalWidth / Math.max(1, width))
 
     Item {
         id: screen
         objectName: "RootView"
-        width: 320
+        width: window.logicalWidth
         height: window.screenHeight
         clip: true
         transformOrigin: Item.TopLeft
@@ -31,82 +36,39 @@ Window {
 
         // Device pixels per point, so the vector artwork is rasterised crisp.
         readonly property real renderScale: Math.max(0.25, scale * Screen.devicePixelRatio)
-        readonly property real bodyY: (height - 460) / 2
 
         // Plain coloured views the controller lays over everything but the questions.
         function addColorView(x, y, w, h, c) {
             colorViewComponent.createObject(colorViews, { x: x, y: y, width: w, height: h, color: c })
         }
 
-        // The wheels show through the body's windows; the band clips the rest of the strip.
+        // The wheels show through the body's windows; this band clips the rest of the strip.
         Item {
-            id: aperture
-            x: 0
-            y: screen.bodyY + 460 / 2.43
-            width: 320
-            height: 101
+            objectName: "WheelWindow"
             clip: true
 
-            Wheel { objectName: "ImageView1"; x: 64; renderScale: screen.renderScale }
-            Wheel { objectName: "ImageView2"; x: 116; renderScale: screen.renderScale }
-            Wheel { objectName: "ImageView3"; x: 167; renderScale: screen.renderScale }
-            Wheel { objectName: "ImageView4"; x: 219; renderScale: screen.renderScale }
+            Wheel { objectName: "ImageView1"; renderScale: screen.renderScale }
+            Wheel { objectName: "ImageView2"; renderScale: screen.renderScale }
+            Wheel { objectName: "ImageView3"; renderScale: screen.renderScale }
+            Wheel { objectName: "ImageView4"; renderScale: screen.renderScale }
         }
 
         Image {
             objectName: "baseImageView"
-            property string viewKind: "image"
-            property string image: "counter-body.png"
-            x: 0
-            y: screen.bodyY
-            width: 320
-            height: 460
-            source: "image://art/counter-body"
             sourceSize: Qt.size(Math.ceil(width * screen.renderScale), Math.ceil(height * screen.renderScale))
             smooth: false  // rendered at the screen's resolution, as the wheels
         }
 
-        CounterButton {
-            objectName: "ButtonAdd"; width: 110; height: 110
-            image: "add-up.png"; source: "image://art/add-up"; pressedSource: "image://art/add-down"
-            loadPressedPicture: screen.firstFrameShown
-            renderScale: screen.renderScale
-        }
-        CounterButton {
-            objectName: "ButtonMinus"; width: 48; height: 48
-            image: "minus-up.png"; source: "image://art/minus-up"; pressedSource: "image://art/minus-down"
-            loadPressedPicture: screen.firstFrameShown
-            renderScale: screen.renderScale
-        }
-        CounterButton {
-            objectName: "ButtonReset"; width: 44; height: 44
-            image: "reset-up.png"; source: "image://art/reset-up"; pressedSource: "image://art/reset-down"
-            loadPressedPicture: screen.firstFrameShown
-            renderScale: screen.renderScale
-        }
-        CounterButton {
-            objectName: "ButtonA"; width: 36; height: 30
-            image: "a-down.png"; source: "image://art/a-down"
-            renderScale: screen.renderScale
-        }
-        CounterButton {
-            objectName: "ButtonB"; width: 36; height: 30
-            image: "b-up.png"; source: "image://art/b-up"
-            renderScale: screen.renderScale
-        }
-        CounterButton {
-            objectName: "ButtonC"; width: 36; height: 30
-            image: "c-up.png"; source: "image://art/c-up"
-            renderScale: screen.renderScale
-        }
-        CounterButton {
-            objectName: "ButtonInfo"; width: 30; height: 30
-            image: "info-up.png"; source: "image://art/info-up"
-            renderScale: screen.renderScale
-        }
+        CounterButton { objectName: "ButtonAdd"; renderScale: screen.renderScale; loadPressedPicture: screen.firstFrameShown }
+        CounterButton { objectName: "ButtonMinus"; renderScale: screen.renderScale; loadPressedPicture: screen.firstFrameShown }
+        CounterButton { objectName: "ButtonReset"; renderScale: screen.renderScale; loadPressedPicture: screen.firstFrameShown }
+        CounterButton { objectName: "ButtonA"; renderScale: screen.renderScale }
+        CounterButton { objectName: "ButtonB"; renderScale: screen.renderScale }
+        CounterButton { objectName: "ButtonC"; renderScale: screen.renderScale }
+        CounterButton { objectName: "ButtonInfo"; renderScale: screen.renderScale }
 
-        CounterLabel { objectName: "LabelTimer"; width: 84; height: 24; text: "00:00:00" }
-        CounterLabel { objectName: "LabelAvg"; width: 74; height: 24; text: "0/min" }
+        CounterLabel { objectName: "LabelTimer"; text: "00:00:00" }
+        CounterLabel { objectName: "LabelAvg"; text: "0/min" }
 
         Item {
             id: colorViews

@@ -1,13 +1,8 @@
 import QtQuick
 
-// One digit wheel: a strip of eleven 101-point cells, "0" to "9" and a second "0".
+// One digit wheel: a strip of eleven cells, "0" to "9" and a second "0".
 Image {
-    property string viewKind: "image"
-    property string image: "wheel-strip.png"
     property real renderScale: 1
-    width: 46
-    height: 1111
-    source: "image://art/wheel-strip"
     // Capped so the strip stays within common texture size limits.
     sourceSize: Qt.size(Math.ceil(width * Math.min(renderScale, 7)), Math.ceil(height * Math.min(renderScale, 7)))
     // At the screen's resolution already: drawn pixel for pixel, which is sharper and spares

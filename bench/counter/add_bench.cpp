@@ -2,7 +2,7 @@
 // on the deterministic platform, whose recording is part of the measured cost. Target: < 50 us.
 #include <benchmark/benchmark.h>
 
-#include "platform/sim/simulation.h"
+#include "sim/simulation.h"
 
 namespace {
 

@@ -1,6 +1,10 @@
 // Start-up time and peak memory of the app against a minimal Qt Quick window, offscreen.
 // Each run forks and execs one program; the time runs from just before fork until the child
-// reports its first frame on stdout; the peak is the child's ru_maxrss from wait4.
+// reports its first frame on stdout; the peak is the child's ru_maxrss from wait4. The app runs
+// through a launcher that starts it as its main does.
+//   zellick_startup_bench [--runs N] [--also "PROGRAM ARGS..."]...
+// Each --also program (one that prints "first frame" on its first frame, say an older build)
+// is run in the same rounds and gets a row of its own.
 // The app keeps rendered artwork in a cache folder (a fresh one here, filled by the warm-up
 // run) and ships renderings for its default window; two more rows show first starts: with no
 // cache, at the default size and at a size nothing is shipped for, where it renders it all.
@@ -17,6 +21,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -91,8 +96,16 @@ T median(std::vector<T> v) {
 
 int main(int argc, char** argv) {
   int runs = 15;
-  for (int i = 1; i + 1 < argc; ++i)
-    if (std::strcmp(argv[i], "--runs") == 0) runs = std::max(1, std::atoi(argv[i + 1]));
+  std::vector<std::vector<std::string>> also;
+  for (int i = 1; i + 1 < argc; i += 2) {
+    if (std::strcmp(argv[i], "--runs") == 0) {
+      runs = std::max(1, std::atoi(argv[i + 1]));
+    } else if (std::strcmp(argv[i], "--also") == 0) {
+      std::istringstream words(argv[i + 1]);
+      also.emplace_back();
+      for (std::string w; words >> w;) also.back().push_back(w);
+    }
+  }
 
   setenv("QT_QPA_PLATFORM", "offscreen", 1);
   setenv("ZELLICK_NO_AUDIO", "1", 1);
@@ -103,14 +116,14 @@ int main(int argc, char** argv) {
   char artwork[] = "/tmp/zellick-bench-art-XXXXXX";
   if (mkdtemp(artwork)) setenv("ZELLICK_ARTWORK_CACHE", artwork, 1);
   const std::vector<std::string> uncached = {"ZELLICK_ARTWORK_CACHE=off"};
-  const std::vector<std::string> otherSize = {ZELLICK_APP, "--exit-after-first-frame", "--silent", "--window",
-                                              "400x720"};
+  const std::vector<std::string> otherSize = {ZELLICK_LAUNCHER, "--window", "400x720"};
 
-  const std::vector<std::string> app = {ZELLICK_APP, "--exit-after-first-frame", "--silent"};
+  const std::vector<std::string> app = {ZELLICK_LAUNCHER};
   const std::vector<std::string> minimal = {ZELLICK_MINIMAL_WINDOW};
 
   std::vector<double> appMs, minMs, appCpu, minCpu, coldMs, coldCpu, renderMs, renderCpu;
   std::vector<long> appKb, minKb, coldKb, renderKb;
+  std::vector<std::vector<Sample>> alsoSamples(also.size());
   // Alternate the programs so drifts in machine load hit all alike; one warm-up run each.
   for (int i = -1; i < runs; ++i) {
     Sample a, m, c, r;
@@ -122,6 +135,14 @@ int main(int argc, char** argv) {
       std::error_code ignored;
       std::filesystem::remove_all(artwork, ignored);
       return 1;
+    }
+    for (std::size_t k = 0; k < also.size(); ++k) {
+      Sample s;
+      if (!runOnce(also[k], s)) {
+        std::fprintf(stderr, "run %d of %s failed\n", i, also[k].front().c_str());
+        return 1;
+      }
+      if (i >= 0) alsoSamples[k].push_back(s);
     }
     if (i < 0) continue;
     appMs.push_back(a.ms);
@@ -161,5 +182,15 @@ int main(int argc, char** argv) {
   };
   row("zellick, first start (no artwork cache; the shipped renderings serve)", coldMs, coldCpu, coldKb);
   row("zellick, first start at 400 x 720, where all artwork is rendered", renderMs, renderCpu, renderKb);
+  for (std::size_t k = 0; k < also.size(); ++k) {
+    std::vector<double> ms, cpu;
+    std::vector<long> kb;
+    for (const Sample& s : alsoSamples[k]) {
+      ms.push_back(s.ms);
+      cpu.push_back(s.cpuMs);
+      kb.push_back(s.maxRssKb);
+    }
+    row(also[k].front().c_str(), ms, cpu, kb);
+  }
   return 0;
 }

@@ -8,9 +8,9 @@ using detail::wrapAdd;
 using detail::wrapDiv;
 using detail::wrapMul;
 
-namespace {
+using detail::kTick;
 
-constexpr double kTick = 1.0;
+namespace {
 
 struct RateUnit {
   int32_t tap;
@@ -35,6 +35,10 @@ const RateUnit* rateUnit(int32_t tap) {
 std::string twoDigits(int32_t v) { return v < 10 ? format("0%d", v) : format("%d", v); }
 
 }  // namespace
+
+void ZellickViewController::writeZeroRate() {
+  if (const RateUnit* unit = rateUnit(tap)) LabelAvg->setText(format(unit->text, 0));
+}
 
 void ZellickViewController::startTick(int id, double seconds) {
   Memory x = memory(id);

@@ -1,4 +1,5 @@
 #include "counter/ZellickViewController.h"
+#include "counter/sounds.h"
 
 namespace zellick {
 
@@ -44,7 +45,7 @@ void ZellickViewController::later(double seconds, void (ZellickViewController::*
 
 std::shared_ptr<AudioPlayer> ZellickViewController::makePlayer(const char* resource) {
   // A missing resource still gives a player; it just stays silent.
-  auto path = services_.bundle.pathForResource(resource, "caf");
+  auto path = services_.bundle.pathForResource(resource, kSoundType);
   return services_.sound.playerWithContentsOfFile(path.value_or(std::string()));
 }
 

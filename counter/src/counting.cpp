@@ -25,7 +25,7 @@ void ZellickViewController::Add() {
   ButtonReset->setUserInteractionEnabled(false);
   setOtherMemoryButtons(false);
 
-  if (ButtonAdd->isHighlighted()) playClick(detail::kClickSound);
+  if (ButtonAdd->isHighlighted()) playClick(kClickSound);
 
   int32_t* numerator = memory(buttonId).numerator;
   if (total == 9999) {
@@ -46,7 +46,7 @@ void ZellickViewController::Add() {
 }
 
 void ZellickViewController::PlayLetUpSound() {
-  playClick(detail::kLetUpSound);
+  playClick(kLetUpSound);
   ButtonMinus->setUserInteractionEnabled(true);
   ButtonReset->setUserInteractionEnabled(true);
   setOtherMemoryButtons(true);
@@ -60,7 +60,7 @@ void ZellickViewController::OnClickMinus() {
   if (total < 0) return;  // the release still lifts the locks
 
   IsMinusClicked = true;
-  playClick(detail::kClickSound);
+  playClick(kClickSound);
   if (total == 0) {
     total = 9999;  // the rate numerator is kept on this wrap
   } else {

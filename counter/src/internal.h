@@ -2,6 +2,9 @@
 
 #include <cstdint>
 
+#include "counter/interface.h"
+#include "counter/sounds.h"
+
 namespace zellick::detail {
 
 // Counts and clocks are 32-bit and may come from a hand-edited store, so arithmetic on them
@@ -18,10 +21,24 @@ inline int32_t wrapDiv(int32_t a, int32_t b) {
   return a / b;
 }
 
-inline constexpr const char* kClickSound = "Counter Click2";
-inline constexpr const char* kLetUpSound = "ButtonLetUp";
-inline constexpr const char* kMemorySound = "Counter Click3";
-inline constexpr const char* kResetSound = "ResetButton";
-inline constexpr const char* kFastClickingSound = "Counter Clicking Fast";
+// The one-second tick of a running clock.
+inline constexpr double kTick = 1.0;
+// Where a wheel shows its roll-over "0", above its top "0".
+inline constexpr double kRollOverOffset = 10 * kDigitCellHeight;
+
+// The pictures of the memory buttons while memory `id` (1..3) is the current one.
+struct MemoryImages {
+  const char* a;
+  const char* b;
+  const char* c;
+};
+inline const MemoryImages& memoryImages(int id) {
+  static constexpr MemoryImages kImages[] = {
+      {"a-down.png", "b-up.png", "c-up.png"},
+      {"a-up.png", "b-down.png", "c-up.png"},
+      {"a-up.png", "b-up.png", "c-down.png"},
+  };
+  return kImages[id - 1];
+}
 
 }  // namespace zellick::detail

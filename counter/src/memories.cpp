@@ -6,19 +6,7 @@ namespace zellick {
 
 namespace {
 
-struct Selection {
-  int id;
-  const char* imageA;
-  const char* imageB;
-  const char* imageC;
-  const char* trackerTag;
-};
-
-constexpr Selection kSelections[] = {
-    {1, "a-down.png", "b-up.png", "c-up.png", "MemoryA"},
-    {2, "a-up.png", "b-down.png", "c-up.png", "MemoryB"},
-    {3, "a-up.png", "b-up.png", "c-down.png", "MemoryC"},
-};
+constexpr const char* kTrackerTags[] = {"MemoryA", "MemoryB", "MemoryC"};
 
 }  // namespace
 
@@ -27,7 +15,7 @@ void ZellickViewController::SelectMemoryB() { selectMemory(2); }
 void ZellickViewController::SelectMemoryC() { selectMemory(3); }
 
 void ZellickViewController::selectMemory(int id) {
-  const Selection& sel = kSelections[id - 1];
+  const detail::MemoryImages& images = detail::memoryImages(id);
   Memory x = memory(id);
 
   buttonId = id;
@@ -37,11 +25,11 @@ void ZellickViewController::selectMemory(int id) {
   mm = *x.mm;
   ss = *x.ss;
   ShowOnLabel();
-  ButtonA->setImage(sel.imageA);
-  ButtonB->setImage(sel.imageB);
-  ButtonC->setImage(sel.imageC);
+  ButtonA->setImage(images.a);
+  ButtonB->setImage(images.b);
+  ButtonC->setImage(images.c);
   MemoryButtonPlayer();
-  services_.tracker.Track(sel.trackerTag);
+  services_.tracker.Track(kTrackerTags[id - 1]);
   Show();
   // The current memory cannot be selected again.
   ButtonA->setUserInteractionEnabled(id != 1);
@@ -50,6 +38,6 @@ void ZellickViewController::selectMemory(int id) {
   setLabelColors(*x.tick ? Color::White : Color::Gray);
 }
 
-void ZellickViewController::MemoryButtonPlayer() { playClick(detail::kMemorySound); }
+void ZellickViewController::MemoryButtonPlayer() { playClick(kMemorySound); }
 
 }  // namespace zellick

@@ -88,17 +88,9 @@ void ZellickViewController::RetrieveValues() {
   if (hasCounters) {
     CounterArray.emplace();
     std::vector<int32_t> n = readNumbers(kCounters, 3, *CounterArray);
-    int32_t* counts[] = {&totalA, &totalB, &totalC};
-    for (size_t i = 0; i < 3; ++i) {
-      if (n[i] < 0 || n[i] > 9999) {
-        // The wheels and the reset roll only know four digits.
-        log(format("Saved count %d of memory %c is outside 0000-9999; using 0", n[i],
-                   static_cast<char>('A' + i)));
-        n[i] = 0;
-        (*CounterArray)[i] = 0LL;
-      }
-      *counts[i] = n[i];
-    }
+    totalA = n[0];
+    totalB = n[1];
+    totalC = n[2];
     log("Counters User value");
   } else {
     CounterArray = zeros(3);
@@ -131,12 +123,8 @@ void ZellickViewController::RetrieveValues() {
     log(describe(CounterArray) + ", " + describe(TimerArray));
   }
 
+  // Taken as stored: a number outside 1..3 selects no memory, which every action allows for.
   buttonId = hasButtonId ? static_cast<int32_t>(d.integerForKey(kButtonId)) : 1;
-  if (buttonId < 1 || buttonId > 3) {
-    // Counting with no memory selected would write over memory C's count.
-    log(format("Saved \"ButtonId\" %d names no memory; using memory A", buttonId));
-    buttonId = 1;
-  }
 
   if (hasDateOfInactive) {
     std::optional<DefaultsValue> when = d.objectForKey(kDateOfInactive);
@@ -147,13 +135,8 @@ void ZellickViewController::RetrieveValues() {
     }
   }
 
-  if (hasTapValue) {
-    tap = static_cast<int32_t>(d.integerForKey(kTapValue));
-    if (tap < 1 || tap > 3) {
-      log(format("Saved \"TapValue\" %d is not a rate unit; showing the rate per minute", tap));
-      tap = 1;
-    }
-  }
+  // Taken as stored too: a unit outside 1..3 shows no rate until a tap brings it back to 1.
+  if (hasTapValue) tap = static_cast<int32_t>(d.integerForKey(kTapValue));
 }
 
 void ZellickViewController::SaveUserSettings() {

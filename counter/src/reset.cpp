@@ -13,27 +13,13 @@ constexpr double kQuestionDelay = 0.2;
 constexpr double kStepInterval = 0.15;
 constexpr double kFinalRoll = 0.5;
 constexpr double kFinalFollowUp = 0.48;  // just before the final roll ends
-constexpr double kResumeClock = 1.0;
-constexpr double kRollOverOffset = 1010;
+constexpr double kResumeClock = detail::kTick;
 
 }  // namespace
 
-const char* ZellickViewController::zeroRateText() const {
-  switch (tap) {
-    case 1: return "0/min";
-    case 2: return "0/hour";
-    case 3: return "0/day";
-    default: return nullptr;
-  }
-}
-
-void ZellickViewController::writeZeroRate() {
-  if (const char* text = zeroRateText()) LabelAvg->setText(text);
-}
-
 void ZellickViewController::Reset() {
   setAllSixButtons(false);
-  playClick(detail::kResetSound);
+  playClick(kResetSound);
   // Pause the shown clock; its isTimer flag stays so "No" can resume it.
   if (TimerRef* tick = memory(buttonId).tick) {
     if (*tick) (*tick)->invalidate();
@@ -52,7 +38,7 @@ void ZellickViewController::DelayTimerFired(Timer&) {
     return;
   }
   // Prepared now so the fast clicking starts the moment "Yes" is pressed.
-  player = makePlayer(detail::kFastClickingSound);
+  player = makePlayer(kFastClickingSound);
   alertView = std::make_shared<AlertView>("RESET COUNTER",
                                           "Are you sure you want \nto reset the counter?",
                                           std::vector<std::string>{"Yes", "No"});
@@ -136,7 +122,7 @@ void ZellickViewController::ResetTimerFired(Timer&) {
     // Restarted on purpose through this band; the first restart plays over the first sound.
     if (player) player->stop();
     player = nullptr;
-    player = makePlayer(detail::kFastClickingSound);
+    player = makePlayer(kFastClickingSound);
     player->play();
   }
   if (total != 9999) {
@@ -149,7 +135,7 @@ void ZellickViewController::ResetTimerFired(Timer&) {
   for (int index = 1; index <= 4; ++index) {  // units wheel first, thousands last
     Wheel w = wheel(index);
     Rect f = w.view->frame();
-    f.y = initialPositionOfNumbers - kRollOverOffset;
+    f.y = initialPositionOfNumbers - detail::kRollOverOffset;
     w.view->animateFrame(f, kFinalRoll);
     *w.timer = schedule(kFinalFollowUp, w.followUp);
   }

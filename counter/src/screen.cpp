@@ -7,13 +7,12 @@
 
 namespace zellick {
 
+using detail::kTick;
 using detail::wrapAdd;
 
 namespace {
 
 constexpr double kRedrawDelay = 0.5;
-constexpr double kTick = 1.0;
-constexpr const char* kLabelFont = "TradeGothicLTCom-BdCn20";
 constexpr double kLabelFontSize = 17.0;
 
 std::string rectString(const Rect& r) {
@@ -33,14 +32,14 @@ void ZellickViewController::viewDidLoad() {
   mm = Amm;
   ss = Ass;
   LabelTimer->setMultipleTouchEnabled(true);
-  ButtonB->setImage("b-up.png");
-  ButtonC->setImage("c-up.png");
+  ButtonB->setImage(detail::memoryImages(1).b);
+  ButtonC->setImage(detail::memoryImages(1).c);
   totalForAvgA = totalForAvgB = totalForAvgC = 0;
   isStartedTimerA = isStartedTimerB = isStartedTimerC = 0;
   LabelAvg->setTextColor(Color::Gray);
   LabelTimer->setTextColor(Color::Gray);
-  LabelAvg->setFont({kLabelFont, kLabelFontSize});
-  LabelTimer->setFont({kLabelFont, kLabelFontSize});
+  LabelAvg->setFont({kLabelFontName, kLabelFontSize});
+  LabelTimer->setFont({kLabelFontName, kLabelFontSize});
   log("ScreenWidth = " + rectString(view_->bounds()));
   log("Frame = " + rectString(baseImageView->frame()));
 
@@ -49,7 +48,7 @@ void ZellickViewController::viewDidLoad() {
   backgroundTopGap = body.y;
   backgroundWidth = body.w;
   backgroundHeight = body.h;
-  initialPositionOfNumbers = backgroundHeight / 2.43 + backgroundTopGap;
+  initialPositionOfNumbers = wheelsHomeY(backgroundTopGap, backgroundHeight);
   const double L = backgroundLeftGap, T = backgroundTopGap;
   const double W = backgroundWidth, H = backgroundHeight;
 
@@ -135,9 +134,10 @@ void ZellickViewController::applicationDidBecomeActive() {
 
   if (current.count) {
     previousTotal = total = *current.count;
-    ButtonA->setImage(buttonId == 1 ? "a-down.png" : "a-up.png");
-    ButtonB->setImage(buttonId == 2 ? "b-down.png" : "b-up.png");
-    ButtonC->setImage(buttonId == 3 ? "c-down.png" : "c-up.png");
+    const detail::MemoryImages& images = detail::memoryImages(buttonId);
+    ButtonA->setImage(images.a);
+    ButtonB->setImage(images.b);
+    ButtonC->setImage(images.c);
     hh = *current.hh;
     mm = *current.mm;
     ss = *current.ss;
@@ -155,7 +155,7 @@ void ZellickViewController::placeWheels() {
     rest /= 10;
     Wheel w = wheel(index);
     Rect f = w.view->frame();
-    const double y = initialPositionOfNumbers - 101.0 * digit;
+    const double y = initialPositionOfNumbers - kDigitCellHeight * digit;
     if (f.y == y || *w.timer) continue;  // in place, or a roll-over is about to land it
     f.y = y;
     w.view->setFrame(f);

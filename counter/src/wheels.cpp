@@ -2,13 +2,15 @@
 // window. Counting up past 9 rolls on into the second "0" and then silently jumps back to the
 // first; counting down from 0 jumps to the second "0" and rolls back to 9.
 #include "counter/ZellickViewController.h"
+#include "internal.h"
 
 namespace zellick {
 
+using detail::kRollOverOffset;
+
 namespace {
 
-constexpr double kCell = 101;
-constexpr double kRollOverOffset = 1010;  // the second "0"
+constexpr double kCell = kDigitCellHeight;
 constexpr double kPlainRoll = 0.3;
 constexpr double kRollOverLeg = 0.15;
 // Just before the leg into the roll-over cell ends, so the jump back is never seen mid-roll.

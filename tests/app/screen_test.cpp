@@ -12,17 +12,22 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <set>
 #include <string>
 
-#include "app/counter_app.h"
-#include "counter/actions.h"
-#include "fakes.h"
-#include "platform/qt/qt_screen.h"
-#include "platform/sim/memory_defaults.h"
-#include "platform/sim/services.h"
+#include "app/counter_screen.h"
+#include "counter/interface.h"
+#include "counter/sounds.h"
+#include "platform/fake/memory_defaults.h"
+#include "platform/fake/services.h"
+#include "sim/simulation.h"
+#include "support/qt.h"
 
-namespace zellick {
+namespace zellick::test {
 namespace {
+
+using namespace fake;
+using ui::frameInRoot;
 
 // Through the visual tree: the question's buttons come from a repeater, outside the QObject tree.
 QQuickItem* find(QQuickItem* from, const QString& name) {
@@ -37,10 +42,11 @@ class RealScreen : public testing::Test {
   void SetUp() override {
     // Memory A was left at 1234: becoming active once the screen is built puts it on the wheels.
     defaults.setObject("Counters", DefaultsArray{1234LL, 0LL, 0LL});
-    registerBundledFonts(log);
-    app = std::make_unique<CounterApp>(CounterAppParts{defaults, sound, bundle, log, tracker});
-    ASSERT_TRUE(app->load(QUrl(QStringLiteral("qrc:/qml/Main.qml")),
-                          QVariantMap{{"width", 360}, {"height", 640}}));
+    ui::registerBundledFonts(log);
+    app = std::make_unique<CounterScreen>(CounterParts{defaults, sound, bundle, log, tracker});
+    CounterScreenOptions options;
+    options.windowProperties = QVariantMap{{"width", 360}, {"height", 640}};
+    ASSERT_TRUE(app->load(options));
     window = app->screen().window();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
     // The render loop installs its own driver with the window; ours replaces it.
@@ -76,15 +82,19 @@ class RealScreen : public testing::Test {
       EXPECT_EQ(b->userInteractionEnabled(), !locked);
   }
 
-  sim::VirtualTime time;  // never advanced: the recording only needs an order
-  sim::EventRecorder events{time};
-  sim::MemoryDefaults defaults;
-  sim::SimSoundOutput sound{events};
-  sim::SimBundle bundle;
-  sim::SimLog log{events};
-  sim::SimTracker tracker{events};
-  test::SteppedAnimationDriver driver;
-  std::unique_ptr<CounterApp> app;
+  VirtualTime time;  // never advanced: the recording only needs an order
+  EventRecorder events{time};
+  MemoryDefaults defaults;
+  RecordingSoundOutput sound{events};
+  FakeBundle bundle{[] {
+    std::set<std::string> files;
+    for (const char* sound : kCounterSounds) files.insert(std::string(sound) + "." + kSoundType);
+    return files;
+  }()};
+  EventLog log{events};
+  sim::RecordingTracker tracker{events};
+  SteppedAnimationDriver driver;
+  std::unique_ptr<CounterScreen> app;
   QQuickWindow* window = nullptr;
   ZellickViewController* c = nullptr;
 };
@@ -163,10 +173,10 @@ TEST_F(RealScreen, ReleasesRunByTheKindOfButton) {
 TEST_F(RealScreen, PressedPicturesLoadAfterTheFirstFrame) {
   QQuickItem* add = app->screen().button("ButtonAdd")->item();
   QQuickItem* info = app->screen().button("ButtonInfo")->item();
-  ASSERT_TRUE(test::waitFor([&] { return app->screen().rootItem()->property("firstFrameShown").toBool(); }));
+  ASSERT_TRUE(waitFor([&] { return app->screen().rootItem()->property("firstFrameShown").toBool(); }));
   add->setProperty("highlighted", true);
   info->setProperty("highlighted", true);
-  ASSERT_TRUE(test::waitFor([&] { return add->property("pressedShown").toBool(); }));
+  ASSERT_TRUE(waitFor([&] { return add->property("pressedShown").toBool(); }));
   EXPECT_FALSE(info->property("pressedShown").toBool()) << "Info has no pressed picture";
   const auto pictures = [](QQuickItem* button) {
     int shown = 0;
@@ -210,4 +220,4 @@ TEST_F(RealScreen, DoubleTapOnTheClockAsksAndYesResetsIt) {
 }
 
 }  // namespace
-}  // namespace zellick
+}  // namespace zellick::test

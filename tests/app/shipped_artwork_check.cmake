@@ -1,16 +1,12 @@
 # The renderings shipped in the bundle cover everything the default window shows, pressed
 # pictures included: a start with an empty artwork cache renders nothing, so writes nothing.
-# Usage: cmake -DAPP=<zellick> -DWORK=<scratch folder> -P shipped_artwork_check.cmake
+# Usage: cmake -DTOOL=<zellick-render-artwork> -DWORK=<scratch folder> -P shipped_artwork_check.cmake
 set(cache ${WORK}/shipped-artwork-check)
 file(REMOVE_RECURSE ${cache})
 file(MAKE_DIRECTORY ${cache})
-execute_process(
-  COMMAND ${CMAKE_COMMAND} -E env QT_QPA_PLATFORM=offscreen ZELLICK_NO_AUDIO=1
-          ZELLICK_ARTWORK_CACHE=${cache} ZELLICK_SETTINGS=${cache}.ini
-          ${APP} --silent --grab ${cache}.png
-  RESULT_VARIABLE result ERROR_VARIABLE log TIMEOUT 60)
+execute_process(COMMAND ${TOOL} ${cache} RESULT_VARIABLE result ERROR_VARIABLE log TIMEOUT 60)
 file(GLOB rendered ${cache}/*)
-file(REMOVE_RECURSE ${cache} ${cache}.ini ${cache}.png)
+file(REMOVE_RECURSE ${cache})
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "the app failed (${result}):\n${log}")
 endif()

@@ -8,8 +8,9 @@
 #include <vector>
 
 #include "counter/ZellickViewController.h"
-#include "platform/sim/numbers.h"
-#include "platform/sim/simulation.h"
+#include "counter/interface.h"
+#include "platform/fake/numbers.h"
+#include "sim/simulation.h"
 
 namespace zellick::test {
 
@@ -53,7 +54,7 @@ class CounterTest : public ::testing::Test {
     EXPECT_NE(color("LabelTimer"), Color::Black) << "never left uncoloured";
     return color("LabelTimer") == Color::White;
   }
-  sim::SimImageView& wheel(int n) { return *p().imageView("ImageView" + std::to_string(n)); }
+  fake::FakeImageView& wheel(int n) { return *p().imageView("ImageView" + std::to_string(n)); }
 
   std::vector<std::string> events() { return sim_->world().events().takeNew(); }
   std::vector<std::string> events(const std::string& kind) { return only(events(), kind); }
@@ -79,10 +80,10 @@ class CounterTest : public ::testing::Test {
 
   // Where a wheel stands to show digit d (10 is the roll-over "0"), and the event of it going
   // there; wheel 1 is the thousands, 4 the units.
-  double digitY(int d) { return c().initialPositionOfNumbers - 101.0 * d; }
+  double digitY(int d) { return c().initialPositionOfNumbers - kDigitCellHeight * d; }
   std::string move(double t, int wheel, int digit, double duration) {
-    return "t=" + sim::formatNumber(t) + " move ImageView" + std::to_string(wheel) +
-           " y=" + sim::formatNumber(digitY(digit)) + " duration=" + sim::formatNumber(duration);
+    return "t=" + fake::formatNumber(t) + " move ImageView" + std::to_string(wheel) +
+           " y=" + fake::formatNumber(digitY(digit)) + " duration=" + fake::formatNumber(duration);
   }
 
   // Puts the current memory at `count`. The wheels are left where they stand; tests check the

@@ -18,7 +18,7 @@ TEST_F(CounterTest, LayoutFollowsTheBodyBetweenEqualBlackBands) {
     SCOPED_TRACE(screenHeight);
     fresh({screenHeight});
     const double T = (screenHeight - 460) / 2;  // the body is centred
-    const auto& bands = p().root().bands();
+    const auto& bands = p().screen().rootView()->bands();
     ASSERT_EQ(bands.size(), 2u);
     EXPECT_EQ(bands[0].frame, (Rect{0, 0, 320, T}));
     EXPECT_EQ(bands[1].frame, (Rect{0, T + 460, 320, T}));

@@ -17,6 +17,7 @@
 #include <map>
 
 #include "harness.h"
+#include "platform/fake/services.h"
 #include "platform/qt/settings_defaults.h"
 
 namespace {
@@ -106,7 +107,7 @@ std::vector<Case> cases() {
 
 QByteArray baseFile(const QTemporaryDir& dir) {
   const QString path = dir.filePath("base.ini");
-  reliability::NullLog log;
+  zellick::fake::RecordingLog log;
   zellick::qt::QSettingsDefaults d(path, log);
   auto array = [](const Ints& v) {
     zellick::DefaultsArray a;
@@ -131,7 +132,7 @@ void check(const zellick::UserDefaults& d, const std::string& key, const Ints& o
   std::vector<std::string> found;
   Ints got;
   if (original.size() > 1) {
-    got = reliability::readInts(d, key.c_str(), original.size(), found);
+    got = zellick::test::readInts(d, key.c_str(), original.size(), found);
     if (e.extraAllowed && got.size() > original.size()) {
       std::erase_if(found, [](const std::string& p) { return p.find(" elements") != std::string::npos; });
       got.resize(original.size());
@@ -188,9 +189,9 @@ int main(int argc, char** argv) {
     f.close();
 
     QProcess p;
-    p.setProcessEnvironment(reliability::appEnvironment(home, settings));
+    p.setProcessEnvironment(zellick::test::appEnvironment(home, settings));
     const double started = QDateTime::currentMSecsSinceEpoch() / 1000.0;
-    p.start(appPath, {"--silent", "--exit-after-first-frame"});
+    p.start(appPath, {"--first-frame"});
     const bool finished = p.waitForFinished(30000);
     const QByteArray err = p.readAllStandardError();
 
@@ -206,7 +207,7 @@ int main(int argc, char** argv) {
     const bool mentioned = c.key && err.contains(c.key);
     if (mentioned) ++logged;
 
-    reliability::NullLog log;
+    zellick::fake::RecordingLog log;
     zellick::qt::QSettingsDefaults d(settings, log);
     for (const auto& [key, original] : originals) {
       auto e = c.expect.find(key);

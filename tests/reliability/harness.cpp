@@ -1,11 +1,12 @@
 #include "harness.h"
+#include "platform/fake/services.h"
 
 #include <QDir>
 #include <QFile>
 
 #include "platform/qt/settings_defaults.h"
 
-namespace reliability {
+namespace zellick::test {
 
 QProcessEnvironment appEnvironment(const QTemporaryDir& dir, const QString& settings) {
   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
@@ -55,7 +56,7 @@ SavedState readSaved(const QString& settings, const QString& scratchDir) {
     s.problems.push_back("cannot copy the settings file");
     return s;
   }
-  NullLog log;
+  zellick::fake::RecordingLog log;
   zellick::qt::QSettingsDefaults d(copy, log);
   for (const auto& l : log.lines) s.problems.push_back("reader: " + l);
   s.counters = readInts(d, "Counters", 3, s.problems);
@@ -77,4 +78,4 @@ SavedState readSaved(const QString& settings, const QString& scratchDir) {
   return s;
 }
 
-}  // namespace reliability
+}  // namespace zellick::test

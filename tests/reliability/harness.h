@@ -12,12 +12,8 @@
 #include "platform/defaults.h"
 #include "platform/log.h"
 
-namespace reliability {
+namespace zellick::test {
 
-struct NullLog : zellick::Log {
-  std::vector<std::string> lines;
-  void line(const std::string& text) override { lines.push_back(text); }
-};
 
 // Offscreen, silent, with HOME and the config folders inside `dir`, and the settings at `settings`.
 QProcessEnvironment appEnvironment(const QTemporaryDir& dir, const QString& settings);
@@ -40,4 +36,4 @@ SavedState readSaved(const QString& settings, const QString& scratchDir);
 std::vector<int> readInts(const zellick::UserDefaults& d, const char* key, size_t length,
                           std::vector<std::string>& problems);
 
-}  // namespace reliability
+}  // namespace zellick::test

@@ -61,7 +61,7 @@ std::vector<int> savedTotals(const QByteArray& out) {
 // Steps forward from `from` to `to` on the four-digit wheel.
 int stepsBetween(int from, int to) { return ((to - from) % 10000 + 10000) % 10000; }
 
-int currentCount(const reliability::SavedState& s) {
+int currentCount(const zellick::test::SavedState& s) {
   const int memory = s.buttonId >= 1 && s.buttonId <= 3 ? s.buttonId - 1 : 2;
   return s.counters.size() == 3 ? s.counters[memory] : -1;
 }
@@ -81,7 +81,7 @@ int main(int argc, char** argv) {
 
   QTemporaryDir dir;
   const QString settings = dir.filePath("config/Zellick/defaults.ini");
-  const QProcessEnvironment env = reliability::appEnvironment(dir, settings);
+  const QProcessEnvironment env = zellick::test::appEnvironment(dir, settings);
 
   int whole = 0, torn = 0, wrongCount = 0, died = 0, hung = 0, before = 0, after = 0, unsaved = 0;
   long long saves = 0;
@@ -93,7 +93,7 @@ int main(int argc, char** argv) {
     QProcess p;
     p.setProcessEnvironment(env);
     p.setStandardErrorFile(dir.filePath("app-stderr.log"));
-    p.start(o.app, {"--silent", "--stress-loop", "0"});
+    p.start(o.app, {"--stress-loop", "0"});
     if (!p.waitForStarted(10000)) {
       std::fprintf(stderr, "kill %d: the app did not start: %s\n", kill, qPrintable(p.errorString()));
       return 1;
@@ -130,7 +130,7 @@ int main(int argc, char** argv) {
 
     const std::vector<int> totals = savedTotals(out);
     saves += static_cast<long long>(totals.size());
-    const reliability::SavedState s = reliability::readSaved(settings, dir.path());
+    const zellick::test::SavedState s = zellick::test::readSaved(settings, dir.path());
     if (!s.present) {
       // Only allowed while nothing was ever confirmed saved.
       if (!totals.empty() || previous) {

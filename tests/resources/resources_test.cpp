@@ -11,6 +11,10 @@
 #include <sndfile.h>
 #include <unistd.h>
 
+#include "counter/interface.h"
+#include "counter/sounds.h"
+#include "sim/simulation.h"
+
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -19,6 +23,7 @@
 #include <string>
 #include <vector>
 
+namespace zellick::test {
 namespace {
 
 QImage render(QSvgRenderer& svg, double scale = 1.0) {
@@ -29,40 +34,49 @@ QImage render(QSvgRenderer& svg, double scale = 1.0) {
   return img;
 }
 
-TEST(Artwork, EveryPictureIsBundledAndDrawsAtItsLayoutSize) {
-  struct Picture {
-    const char* name;
-    int width, height;
-  };
-  const Picture pictures[] = {
-      {"counter-body", 320, 460}, {"wheel-strip", 46, 1111}, {"add-up", 110, 110}, {"add-down", 110, 110},
-      {"minus-up", 48, 48},       {"minus-down", 48, 48},    {"reset-up", 44, 44}, {"reset-down", 44, 44},
-      {"info-up", 30, 30},        {"a-up", 36, 30},          {"a-down", 36, 30},   {"b-up", 36, 30},
-      {"b-down", 36, 30},         {"c-up", 36, 30},          {"c-down", 36, 30},
-  };
-  for (const Picture& pic : pictures) {
-    QSvgRenderer svg(QStringLiteral(":/images/%1.svg").arg(pic.name));
-    ASSERT_TRUE(svg.isValid()) << pic.name;
-    EXPECT_EQ(svg.defaultSize(), QSize(pic.width, pic.height)) << pic.name;
-    // Mostly painted; only the body has large see-through windows.
+// The SVG of an image name as the controller writes it ("a-up.png").
+QString svgOf(const std::string& image) {
+  return QStringLiteral(":/images/%1.svg").arg(QString::fromStdString(image).chopped(4));
+}
+
+// Every picture the counter's table of controls names is bundled, is drawn at its control's
+// size, and is mostly painted (only the body has large see-through windows).
+TEST(Artwork, EveryPictureIsBundledAndDrawsAtItsControlsSize) {
+  std::vector<std::pair<std::string, QSize>> pictures;
+  for (const ControlSpec& c : counterInterface(kMinScreenHeight)) {
+    const QSize size(int(c.frame.w), int(c.frame.h));
+    for (const std::string& image : {c.image, c.highlightedImage})
+      if (!image.empty()) pictures.emplace_back(image, size);
+  }
+  // The memory buttons' other pictures.
+  for (const char* image : {"a-up.png", "b-down.png", "c-down.png"}) pictures.emplace_back(image, QSize(36, 30));
+  for (const auto& [name, size] : pictures) {
+    QSvgRenderer svg(svgOf(name));
+    ASSERT_TRUE(svg.isValid()) << name;
+    EXPECT_EQ(svg.defaultSize(), size) << name;
     const QImage img = render(svg);
     qsizetype opaque = 0;
     for (int y = 0; y < img.height(); ++y)
       for (int x = 0; x < img.width(); ++x) opaque += qAlpha(img.pixel(x, y)) > 0;
-    EXPECT_GT(double(opaque) / (double(img.width()) * img.height()), 0.6) << pic.name;
+    EXPECT_GT(double(opaque) / (double(img.width()) * img.height()), 0.6) << name;
   }
 }
 
-TEST(Artwork, BodyWindowsAreClear) {
+// Where the controller lays the wheels out, the body picture is clear.
+TEST(Artwork, BodyWindowsAreClearWhereTheWheelsStand) {
   constexpr double s = 2.0;
-  QSvgRenderer svg(QStringLiteral(":/images/counter-body.svg"));
-  const QImage body = render(svg, s);
-  for (int i = 0; i < 4; ++i) {
-    const double x = 320.0 / 5 + i * (320.0 / 6.2), y = 460.0 / 2.43;
-    // Whole aperture, less half a point of antialiasing at the edges.
-    for (int py = int((y + 0.5) * s); py < int((y + 101 - 0.5) * s); ++py)
-      for (int px = int((x + 0.5) * s); px < int((x + 46 - 0.5) * s); ++px)
-        ASSERT_EQ(qAlpha(body.pixel(px, py)), 0) << "window " << i << " at " << px << "," << py;
+  sim::Simulation sim;
+  sim::Process& p = sim.start();
+  const Rect body = p.imageView("baseImageView")->frame();
+  QSvgRenderer svg(svgOf(p.imageView("baseImageView")->image()));
+  const QImage picture = render(svg, s);
+  for (const char* name : {"ImageView1", "ImageView2", "ImageView3", "ImageView4"}) {
+    const Rect wheel = p.imageView(name)->frame();
+    const double x = wheel.x - body.x, y = wheel.y - body.y;
+    // The top cell, less half a point of antialiasing at the edges.
+    for (int py = int((y + 0.5) * s); py < int((y + kDigitCellHeight - 0.5) * s); ++py)
+      for (int px = int((x + 0.5) * s); px < int((x + wheel.w - 0.5) * s); ++px)
+        ASSERT_EQ(qAlpha(picture.pixel(px, py)), 0) << name << " at " << px << "," << py;
   }
 }
 
@@ -93,8 +107,8 @@ TEST(Sounds, EachIsARealUnclippedClickMadeAlikeEveryTime) {
     double minMs, maxMs;
   };
   const Sound sounds[] = {
-      {"Counter Click2", 35, 70}, {"ButtonLetUp", 20, 70},           {"Counter Click3", 15, 60},
-      {"ResetButton", 40, 150},   {"Counter Clicking Fast", 1200, 1600},
+      {kClickSound, 35, 70}, {kLetUpSound, 20, 70},           {kMemorySound, 15, 60},
+      {kResetSound, 40, 150}, {kFastClickingSound, 1200, 1600},
   };
   const auto fresh = std::filesystem::temp_directory_path() / ("zellick-sounds-" + std::to_string(::getpid()));
   const std::string cmd = std::string("\"") + ZELLICK_GEN_SOUNDS + "\" \"" + fresh.string() + "\"";
@@ -133,6 +147,7 @@ TEST(Sounds, EachIsARealUnclippedClickMadeAlikeEveryTime) {
 }
 
 }  // namespace
+}  // namespace zellick::test
 
 int main(int argc, char** argv) {
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -5,10 +5,12 @@
 #include <fstream>
 #include <sstream>
 
-#include "zellick_sim/driver.h"
+#include "sim/driver.h"
 
-namespace zellick::sim {
+namespace zellick::test {
 namespace {
+
+using namespace sim;
 
 using ::testing::AllOf;
 using ::testing::Contains;
@@ -144,4 +146,4 @@ TEST(SimDriver, DefaultsFileScriptFileRestartAndSleep) {
 }
 
 }  // namespace
-}  // namespace zellick::sim
+}  // namespace zellick::test

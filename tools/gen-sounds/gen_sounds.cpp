@@ -6,6 +6,8 @@
 
 #include <sndfile.h>
 
+#include "counter/sounds.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -294,12 +296,12 @@ struct Sound {
     std::vector<double> (*make)();
 };
 
-constexpr std::array<Sound, 5> kSounds{{
-    {"Counter Click2", counterClick2},
-    {"ButtonLetUp", buttonLetUp},
-    {"Counter Click3", counterClick3},
-    {"ResetButton", resetButton},
-    {"Counter Clicking Fast", counterClickingFast},
+constexpr std::array<Sound, std::size(zellick::kCounterSounds)> kSounds{{
+    {zellick::kClickSound, counterClick2},
+    {zellick::kLetUpSound, buttonLetUp},
+    {zellick::kMemorySound, counterClick3},
+    {zellick::kResetSound, resetButton},
+    {zellick::kFastClickingSound, counterClickingFast},
 }};
 
 }  // namespace

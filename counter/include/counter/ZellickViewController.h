@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/bundle.h"
 #include "platform/defaults.h"
 #include "platform/log.h"
 #include "platform/notifications.h"
@@ -175,6 +176,86 @@ class ZellickViewController {
   double backgroundHeight = 0;
   double initialPositionOfNumbers = 0;
 
+  // Calls `visit(name, field)` for every field above, in declaration order. The field list is
+  // written here once; the scenario driver's state dump reads the controller through it.
+  template <class Visitor>
+  void visitFields(Visitor&& visit) {
+    visit("ButtonReset", ButtonReset);
+    visit("ButtonAdd", ButtonAdd);
+    visit("ButtonA", ButtonA);
+    visit("ButtonB", ButtonB);
+    visit("ButtonC", ButtonC);
+    visit("ButtonInfo", ButtonInfo);
+    visit("ButtonMinus", ButtonMinus);
+    visit("ImageView1", ImageView1);
+    visit("ImageView2", ImageView2);
+    visit("ImageView3", ImageView3);
+    visit("ImageView4", ImageView4);
+    visit("LabelTimer", LabelTimer);
+    visit("LabelAvg", LabelAvg);
+    visit("TimerForLabelA", TimerForLabelA);
+    visit("TimerForLabelB", TimerForLabelB);
+    visit("TimerForLabelC", TimerForLabelC);
+    visit("alertView", alertView);
+    visit("total", total);
+    visit("value", value);
+    visit("totalA", totalA);
+    visit("totalB", totalB);
+    visit("totalC", totalC);
+    visit("buttonId", buttonId);
+    visit("previousTotal", previousTotal);
+    visit("previousValue", previousValue);
+    visit("remainder1", remainder1);
+    visit("remainder2", remainder2);
+    visit("remainder3", remainder3);
+    visit("remainder4", remainder4);
+    visit("timer1", timer1);
+    visit("timer2", timer2);
+    visit("timer3", timer3);
+    visit("timer4", timer4);
+    visit("ResetTimer", ResetTimer);
+    visit("player", player);
+    visit("IsMinusClicked", IsMinusClicked);
+    visit("IsResetClicked", IsResetClicked);
+    visit("Ahh", Ahh);
+    visit("Bhh", Bhh);
+    visit("Chh", Chh);
+    visit("Amm", Amm);
+    visit("Bmm", Bmm);
+    visit("Cmm", Cmm);
+    visit("Ass", Ass);
+    visit("Bss", Bss);
+    visit("Css", Css);
+    visit("hh", hh);
+    visit("mm", mm);
+    visit("ss", ss);
+    visit("tap", tap);
+    visit("totalForAvgA", totalForAvgA);
+    visit("totalForAvgB", totalForAvgB);
+    visit("totalForAvgC", totalForAvgC);
+    visit("timePassed", timePassed);
+    visit("isStartedTimerA", isStartedTimerA);
+    visit("isStartedTimerB", isStartedTimerB);
+    visit("isStartedTimerC", isStartedTimerC);
+    visit("CounterArray", CounterArray);
+    visit("TimerArray", TimerArray);
+    visit("TotalForAvgArray", TotalForAvgArray);
+    visit("dateOfInactive", dateOfInactive);
+    visit("prefs", prefs);
+    visit("isTimerA", isTimerA);
+    visit("isTimerB", isTimerB);
+    visit("isTimerC", isTimerC);
+    visit("baseImageView", baseImageView);
+    visit("backgroundTopGap", backgroundTopGap);
+    visit("backgroundLeftGap", backgroundLeftGap);
+    visit("backgroundWidth", backgroundWidth);
+    visit("backgroundHeight", backgroundHeight);
+    visit("initialPositionOfNumbers", initialPositionOfNumbers);
+  }
+
+  // Where the wheels show their top "0", for a counter body at `top` that is `height` tall.
+  static double wheelsHomeY(double top, double height) { return height / 2.43 + top; }
+
  private:
   // The fields of one memory; all null for a memory number outside 1..3.
   struct Memory {
@@ -211,7 +292,6 @@ class ZellickViewController {
   void followUp(int index);
   void startTick(int id, double seconds);
   void tick(int id);
-  const char* zeroRateText() const;
   void writeZeroRate();
   void showQuestion();
   void confirmResetCounter();

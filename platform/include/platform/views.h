@@ -106,4 +106,43 @@ class ScreenPresenter {
   virtual void presentModalViewController(const std::string& nibName) = 0;
 };
 
+// One control of a screen's interface file: the name it is found by (the controller's field),
+// what kind of view it is, where it stands at first, its first pictures and its touch tag.
+struct ControlSpec {
+  enum class Kind {
+    Button,
+    Image,
+    Label,
+    Clip,  // a plain frame whose children show only inside it; no view of its own
+  };
+  std::string name;
+  Kind kind = Kind::Image;
+  Rect frame;
+  std::string image;             // buttons and images: the picture for the normal state
+  std::string highlightedImage;  // buttons: the picture while a finger is down, if any
+  int tag = 0;                   // touches are routed by it; 0 is untagged
+};
+
+// A screen built from an interface file and a table of its controls. Views are owned by the
+// screen and found by name; each lookup of a missing one is null. Main thread only.
+class Screen {
+ public:
+  virtual ~Screen() = default;
+
+  virtual RootView* rootView() = 0;
+  virtual Button* button(const std::string& name) = 0;
+  virtual ImageView* imageView(const std::string& name) = 0;
+  virtual Label* label(const std::string& name) = 0;
+  virtual AlertPresenter& alerts() = 0;
+
+  // What a button's touches run. A button with a press action runs `release` for every press
+  // that ends, inside or outside, since its press may have locked other controls; one without
+  // runs `release` on a release inside only.
+  virtual void bindButton(const std::string& name, std::function<void()> press,
+                          std::function<void()> release) = 0;
+  // Touches that begin on no button go here, with the view they lie on and their tap count.
+  using TouchHandler = std::function<void(const View& view, int tapCount)>;
+  virtual void setTouchHandlers(TouchHandler began, TouchHandler ended) = 0;
+};
+
 }  // namespace zellick

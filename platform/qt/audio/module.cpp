@@ -5,21 +5,12 @@
 extern "C" {
 
 __attribute__((visibility("default"))) int zellick_audio_abi_version() {
-  return zellick::kAudioModuleAbiVersion;
+  return zellick::qt::kAudioModuleAbiVersion;
 }
 
-__attribute__((visibility("default"))) zellick::SoundOutput* zellick_audio_create(zellick::Log* log,
-                                                                                  int device) {
+__attribute__((visibility("default"))) zellick::SoundOutput* zellick_audio_create(zellick::Log* log) {
   if (!log) return nullptr;
-  using Device = zellick::qt::QtSoundOutput::Device;
-  switch (device) {
-    case zellick::kAudioModuleDefaultDevice:
-      return new zellick::qt::QtSoundOutput(*log, Device::Default);
-    case zellick::kAudioModuleDetached:
-      return new zellick::qt::QtSoundOutput(*log, Device::Detached);
-    default:
-      return nullptr;
-  }
+  return new zellick::qt::QtSoundOutput(*log);
 }
 
 }  // extern "C"

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 namespace zellick::qt {
 
@@ -107,51 +106,51 @@ std::shared_ptr<const Pcm> decodeSoundFile(const std::string& path, int sampleRa
   return pcm;
 }
 
-QtSoundOutput::QtSoundOutput(Log& log, Device device) : log_(log) {
-  if (device == Device::None) {
-    mute("Sound: audio output disabled; playing silently");
+MixerSoundOutput::MixerSoundOutput(Log& log, std::shared_ptr<SoundMixer> mixer, int sampleRate)
+    : log_(log), mixer_(std::move(mixer)), sampleRate_(sampleRate) {}
+
+std::shared_ptr<AudioPlayer> MixerSoundOutput::playerWithContentsOfFile(const std::string& path) {
+  auto it = cache_.find(path);
+  if (it == cache_.end()) {
+    auto pcm = decodeSoundFile(path, sampleRate_, mixer_->channels());
+    if (!pcm) log_.line("Sound: cannot read \"" + path + "\"; that sound stays silent");
+    it = cache_.emplace(path, std::move(pcm)).first;
+  }
+  if (!it->second) return std::make_shared<SilentPlayer>();
+  return std::make_shared<MixerPlayer>(mixer_, it->second);
+}
+
+QtSoundOutput::QtSoundOutput(Log& log) : log_(log) {
+  const QAudioDevice out = QMediaDevices::defaultAudioOutput();
+  if (out.isNull()) {
+    mute("Sound: no audio output device; playing silently");
     return;
   }
-  if (device == Device::Default) {
-    const char* off = std::getenv("ZELLICK_NO_AUDIO");
-    if (off && *off) {
-      mute("Sound: audio output disabled by ZELLICK_NO_AUDIO; playing silently");
-      return;
-    }
-    const QAudioDevice out = QMediaDevices::defaultAudioOutput();
-    if (out.isNull()) {
-      mute("Sound: no audio output device; playing silently");
-      return;
-    }
-    QAudioFormat format = out.preferredFormat();
-    format.setSampleFormat(QAudioFormat::Int16);
-    if (format.sampleRate() <= 0 || format.channelCount() <= 0 || !out.isFormatSupported(format)) {
-      format.setSampleRate(44100);
-      format.setChannelCount(2);
-    }
-    sampleRate_ = format.sampleRate();
-    channels_ = std::clamp(format.channelCount(), 1, 2);
-    format.setChannelCount(channels_);
-    mixer_ = std::make_shared<SoundMixer>(channels_);
-    sink_ = new QAudioSink(out, format);
-    sink_->setBufferSize(format.bytesForDuration(kSinkBufferMs * 1000));
-    sink_->start(mixer_.get());
-    if (sink_->error() != QAudio::NoError) {
-      mute("Sound: audio output device would not open; playing silently");
-      return;
-    }
-    QObject::connect(sink_, &QAudioSink::stateChanged, sink_, [this](QAudio::State state) {
-      if (state == QAudio::StoppedState && sink_ && sink_->error() != QAudio::NoError && !muted_) {
-        // Cannot delete the sink inside its own signal; drop it once the loop is back.
-        QAudioSink* gone = sink_;
-        sink_ = nullptr;
-        gone->deleteLater();
-        mute("Sound: audio output failed; playing silently");
-      }
-    });
+  QAudioFormat format = out.preferredFormat();
+  format.setSampleFormat(QAudioFormat::Int16);
+  if (format.sampleRate() <= 0 || format.channelCount() <= 0 || !out.isFormatSupported(format)) {
+    format.setSampleRate(44100);
+    format.setChannelCount(2);
+  }
+  format.setChannelCount(std::clamp(format.channelCount(), 1, 2));
+  auto mixer = std::make_shared<SoundMixer>(format.channelCount());
+  output_ = std::make_unique<MixerSoundOutput>(log_, mixer, format.sampleRate());
+  sink_ = new QAudioSink(out, format);
+  sink_->setBufferSize(format.bytesForDuration(kSinkBufferMs * 1000));
+  sink_->start(mixer.get());
+  if (sink_->error() != QAudio::NoError) {
+    mute("Sound: audio output device would not open; playing silently");
     return;
   }
-  mixer_ = std::make_shared<SoundMixer>(channels_);  // Detached
+  QObject::connect(sink_, &QAudioSink::stateChanged, sink_, [this](QAudio::State state) {
+    if (state == QAudio::StoppedState && sink_ && sink_->error() != QAudio::NoError && !muted_) {
+      // Cannot delete the sink inside its own signal; drop it once the loop is back.
+      QAudioSink* gone = sink_;
+      sink_ = nullptr;
+      gone->deleteLater();
+      mute("Sound: audio output failed; playing silently");
+    }
+  });
 }
 
 QtSoundOutput::~QtSoundOutput() {
@@ -172,20 +171,9 @@ void QtSoundOutput::mute(const std::string& why) {
   log_.line(why);
 }
 
-std::shared_ptr<const Pcm> QtSoundOutput::load(const std::string& path) {
-  auto it = cache_.find(path);
-  if (it != cache_.end()) return it->second;
-  auto pcm = decodeSoundFile(path, sampleRate_, channels_);
-  if (!pcm) log_.line("Sound: cannot read \"" + path + "\"; that sound stays silent");
-  cache_.emplace(path, pcm);
-  return pcm;
-}
-
 std::shared_ptr<AudioPlayer> QtSoundOutput::playerWithContentsOfFile(const std::string& path) {
-  if (muted_ || !mixer_) return std::make_shared<SilentPlayer>();
-  auto pcm = load(path);
-  if (!pcm) return std::make_shared<SilentPlayer>();
-  return std::make_shared<MixerPlayer>(mixer_, std::move(pcm));
+  if (muted_ || !output_) return std::make_shared<SilentPlayer>();
+  return output_->playerWithContentsOfFile(path);
 }
 
 }  // namespace zellick::qt

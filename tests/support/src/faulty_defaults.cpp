@@ -1,6 +1,6 @@
 #include "support/faulty_defaults.h"
 
-namespace zellick::testing {
+namespace zellick::test {
 
 bool FaultyDefaults::dropThisWrite() {
   if (dropAll_ || dropWrites_ > 0) {
@@ -29,4 +29,4 @@ bool FaultyDefaults::synchronize() {
   return inner_.synchronize();
 }
 
-}  // namespace zellick::testing
+}  // namespace zellick::test

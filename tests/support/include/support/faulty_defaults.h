@@ -5,7 +5,7 @@
 
 #include "platform/defaults.h"
 
-namespace zellick::testing {
+namespace zellick::test {
 
 // Wraps another store and fails on cue: synchronize() reports failure, or writes (set and
 // remove) are silently dropped. Reads always go to the wrapped store.
@@ -48,4 +48,4 @@ class FaultyDefaults final : public UserDefaults {
   int dropped_ = 0;
 };
 
-}  // namespace zellick::testing
+}  // namespace zellick::test

@@ -18,41 +18,48 @@ namespace zellick::qt {
 // (linear resampling). Nothing when the file cannot be read or holds no frames.
 std::shared_ptr<const Pcm> decodeSoundFile(const std::string& path, int sampleRate, int channels);
 
-// Sound through one long-lived pull-mode audio sink fed by a SoundMixer: every player that plays
-// adds a voice, so plays overlap and none cuts another off. Without an output device, or when the
-// device will not open, everything stays silent after one log line. Main thread only.
-class QtSoundOutput : public SoundOutput {
+// Players that play into a SoundMixer: every play adds a voice, so plays overlap and none cuts
+// another off. Each file is decoded once, at the mixer's rate and channel count.
+class MixerSoundOutput : public SoundOutput {
  public:
-  enum class Device {
-    Default,   // the system's default output; muted when none, or when ZELLICK_NO_AUDIO is set
-    None,      // muted from the start; never touches the audio system
-    Detached,  // voices go to the mixer but nothing reads it but the caller (tests)
-  };
-
-  explicit QtSoundOutput(Log& log, Device device = Device::Default);
-  QtSoundOutput(const QtSoundOutput&) = delete;
-  QtSoundOutput& operator=(const QtSoundOutput&) = delete;
-  ~QtSoundOutput() override;
+  MixerSoundOutput(Log& log, std::shared_ptr<SoundMixer> mixer, int sampleRate);
+  MixerSoundOutput(const MixerSoundOutput&) = delete;
+  MixerSoundOutput& operator=(const MixerSoundOutput&) = delete;
 
   // Never null; a file that cannot be read gives a silent player and one log line per path.
   std::shared_ptr<AudioPlayer> playerWithContentsOfFile(const std::string& path) override;
 
-  bool isMuted() const { return muted_; }
-  int sampleRate() const { return sampleRate_; }
-  int channels() const { return channels_; }
   SoundMixer& mixer() { return *mixer_; }
+  int sampleRate() const { return sampleRate_; }
+
+ private:
+  Log& log_;
+  std::shared_ptr<SoundMixer> mixer_;
+  int sampleRate_;
+  std::map<std::string, std::shared_ptr<const Pcm>> cache_;  // null for files that failed
+};
+
+// Sound on the system's default output: one long-lived pull-mode audio sink reading a
+// MixerSoundOutput's mixer. Without an output device, or when the device will not open or
+// fails later, everything stays silent after one log line. Main thread only.
+class QtSoundOutput : public SoundOutput {
+ public:
+  explicit QtSoundOutput(Log& log);
+  QtSoundOutput(const QtSoundOutput&) = delete;
+  QtSoundOutput& operator=(const QtSoundOutput&) = delete;
+  ~QtSoundOutput() override;
+
+  std::shared_ptr<AudioPlayer> playerWithContentsOfFile(const std::string& path) override;
+
+  bool isMuted() const { return muted_; }
 
  private:
   void mute(const std::string& why);
-  std::shared_ptr<const Pcm> load(const std::string& path);
 
   Log& log_;
-  int sampleRate_ = 44100;
-  int channels_ = 2;
   bool muted_ = false;
-  std::shared_ptr<SoundMixer> mixer_;
+  std::unique_ptr<MixerSoundOutput> output_;
   QAudioSink* sink_ = nullptr;  // owned; stopped and deleted before the mixer goes
-  std::map<std::string, std::shared_ptr<const Pcm>> cache_;  // null for files that failed
 };
 
 }  // namespace zellick::qt

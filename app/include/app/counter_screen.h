@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QStringList>
+#include <QUrl>
+#include <QVariantMap>
+
+#include <functional>
+#include <memory>
+
+#include "counter/ZellickViewController.h"
+#include "platform/notifications.h"
+#include "platform/qt/runloop.h"
+#include "services/tracker.h"
+#include "ui/screen.h"
+
+namespace zellick {
+
+// What the counter needs from the outside that the caller chooses (real or recording).
+struct CounterParts {
+  UserDefaults& defaults;
+  SoundOutput& sound;
+  Bundle& bundle;
+  Log& log;
+  orvtracker& tracker;
+};
+
+// How the counter's screen is shown.
+struct CounterScreenOptions {
+  QString artworkCacheDir;           // see ui::QtScreen
+  QStringList shippedArtworkDirs;    // see ui::QtScreen
+  std::function<void()> beforeQuestion;
+  QVariantMap windowProperties;      // set on the window as it is created, e.g. its size
+};
+
+// The counter screen on Qt with its controller, wired as the app runs it. Main thread only;
+// needs a QGuiApplication.
+class CounterScreen {
+ public:
+  explicit CounterScreen(CounterParts parts);
+  CounterScreen(const CounterScreen&) = delete;
+  CounterScreen& operator=(const CounterScreen&) = delete;
+  ~CounterScreen();
+
+  // Loads the screen and builds the controller on it; false (logged) when the screen does
+  // not load or lacks a control the controller needs.
+  bool load(const CounterScreenOptions& options = {},
+            const QUrl& url = QUrl(QStringLiteral("qrc:/qml/Main.qml")));
+  // The controller's start: its view is loaded and about to appear.
+  void start();
+  // Posts become-active, for callers without a life-cycle source of their own.
+  void activate();
+
+  ZellickViewController& controller() { return *controller_; }
+  ui::QtScreen& screen() { return *screen_; }
+  NotificationCenter& notifications() { return notifications_; }
+  qt::QtRunLoop& runLoop() { return runLoop_; }
+
+ private:
+  CounterParts parts_;
+  qt::QtRunLoop runLoop_;
+  qt::QtClock clock_;
+  NotificationCenter notifications_;
+  std::unique_ptr<ScreenPresenter> screens_;
+  std::unique_ptr<ui::QtScreen> screen_;
+  std::unique_ptr<ZellickViewController> controller_;
+};
+
+}  // namespace zellick

@@ -1,0 +1,111 @@
+#include "platform/fake/views.h"
+
+#include "platform/fake/numbers.h"
+
+namespace zellick::fake {
+
+void FakeImageView::setFrame(const Rect& frame) { move(frame, 0); }
+
+void FakeImageView::animateFrame(const Rect& to, double seconds) { move(to, seconds); }
+
+void FakeImageView::move(const Rect& to, double seconds) {
+  NamedView::setFrame(to);
+  events_.record("move " + name() + " y=" + formatNumber(to.y) +
+                 " duration=" + formatNumber(seconds));
+}
+
+FakeScreen::FakeScreen(Rect bounds, const std::vector<ControlSpec>& controls, EventRecorder& events)
+    : root_(bounds), alerts_(events) {
+  for (const ControlSpec& c : controls) {
+    switch (c.kind) {
+      case ControlSpec::Kind::Button:
+        buttons_[c.name] = std::make_unique<FakeButton>(c.name, c.frame, c.image);
+        break;
+      case ControlSpec::Kind::Image:
+        images_[c.name] = std::make_unique<FakeImageView>(c.name, c.frame, c.image, events);
+        break;
+      case ControlSpec::Kind::Label:
+        labels_[c.name] = std::make_unique<FakeLabel>(c.name, c.frame, c.tag);
+        break;
+      case ControlSpec::Kind::Clip:
+        break;  // only clips what the real screen draws
+    }
+  }
+}
+
+template <class Map>
+static auto* find(const Map& map, const std::string& name) {
+  auto it = map.find(name);
+  return it == map.end() ? nullptr : it->second.get();
+}
+
+FakeButton* FakeScreen::button(const std::string& name) { return find(buttons_, name); }
+FakeImageView* FakeScreen::imageView(const std::string& name) { return find(images_, name); }
+FakeLabel* FakeScreen::label(const std::string& name) { return find(labels_, name); }
+
+void FakeScreen::bindButton(const std::string& name, std::function<void()> press,
+                            std::function<void()> release) {
+  bindings_[name] = Binding{std::move(press), std::move(release)};
+}
+
+void FakeScreen::setTouchHandlers(TouchHandler began, TouchHandler ended) {
+  began_ = std::move(began);
+  ended_ = std::move(ended);
+}
+
+View* FakeScreen::view(const std::string& name) {
+  if (name == root_.name()) return &root_;
+  if (View* b = button(name)) return b;
+  if (View* l = label(name)) return l;
+  return imageView(name);
+}
+
+std::optional<std::string> FakeScreen::nameOf(const View* v) const {
+  if (!v) return std::nullopt;
+  if (v == static_cast<const View*>(&root_)) return root_.name();
+  for (const auto& [name, b] : buttons_)
+    if (b.get() == v) return name;
+  for (const auto& [name, l] : labels_)
+    if (l.get() == v) return name;
+  for (const auto& [name, i] : images_)
+    if (i.get() == v) return name;
+  return std::nullopt;
+}
+
+InputResult FakeScreen::press(const std::string& name) {
+  FakeButton* b = button(name);
+  if (!b) return InputResult::Unknown;
+  if (!b->userInteractionEnabled() || alerts_.onScreen()) return InputResult::Ignored;
+  pressed_.insert(name);
+  b->setHighlighted(true);
+  auto it = bindings_.find(name);
+  if (it != bindings_.end() && it->second.press) it->second.press();
+  return InputResult::Done;
+}
+
+InputResult FakeScreen::release(const std::string& name) {
+  FakeButton* b = button(name);
+  if (!b) return InputResult::Unknown;
+  if (pressed_.erase(name) == 0) return InputResult::Ignored;
+  b->setHighlighted(false);
+  auto it = bindings_.find(name);
+  if (it != bindings_.end() && it->second.release) it->second.release();
+  return InputResult::Done;
+}
+
+InputResult FakeScreen::tap(const std::string& name) {
+  const InputResult down = press(name);
+  if (down != InputResult::Done) return down;
+  return release(name);
+}
+
+InputResult FakeScreen::touch(const std::string& name, int tapCount) {
+  const View* v = view(name);
+  if (!v) return InputResult::Unknown;
+  if (alerts_.onScreen()) return InputResult::Ignored;
+  if (began_) began_(*v, tapCount);
+  if (ended_) ended_(*v, tapCount);
+  return InputResult::Done;
+}
+
+}  // namespace zellick::fake

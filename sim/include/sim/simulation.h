@@ -1,0 +1,131 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "counter/ZellickViewController.h"
+#include "platform/fake/memory_defaults.h"
+#include "platform/fake/recorder.h"
+#include "platform/fake/services.h"
+#include "platform/fake/time.h"
+#include "platform/fake/views.h"
+#include "platform/notifications.h"
+#include "services/tracker.h"
+
+namespace zellick::sim {
+
+using fake::InputResult;
+
+struct SimOptions {
+  double screenHeight = 480;  // logical points, at least 480; the width is always 320
+  double epoch = 1.8e9;       // wall-clock seconds at virtual time 0
+};
+
+// Usage records as "track TAG" events.
+class RecordingTracker final : public orvtracker {
+ public:
+  explicit RecordingTracker(fake::EventRecorder& events) : events_(events) {}
+  void Track(const std::string& tag) override { events_.record("track " + tag); }
+
+ private:
+  fake::EventRecorder& events_;
+};
+
+// What outlives a process: virtual time, the wall clock, the saved defaults, the event log.
+class World {
+ public:
+  explicit World(SimOptions options = {});
+  World(const World&) = delete;
+  World& operator=(const World&) = delete;
+
+  const SimOptions& options() const { return options_; }
+  fake::VirtualTime& time() { return time_; }
+  fake::WallClock& clock() { return clock_; }
+  fake::EventRecorder& events() { return events_; }
+  // The store underneath; `defaults()` is what processes use.
+  fake::MemoryDefaults& store() { return store_; }
+  UserDefaults& defaults() { return defaults_ ? *defaults_ : store_; }
+  // Puts another store (e.g. a fault-injecting wrapper of store()) in front; null removes it.
+  // It must outlive every process started afterwards.
+  void useDefaults(UserDefaults* defaults) { defaults_ = defaults; }
+
+ private:
+  SimOptions options_;
+  fake::VirtualTime time_;
+  fake::WallClock clock_;
+  fake::EventRecorder events_;
+  fake::MemoryDefaults store_;
+  UserDefaults* defaults_ = nullptr;
+};
+
+// One run of the app: its run loop, screen, services and controller. Construction starts it
+// as the app does (viewDidLoad, viewWillAppear, then become-active); destruction ends it
+// without any save, and its pending timers die with it.
+class Process {
+ public:
+  explicit Process(World& world);
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+  ~Process();
+
+  ZellickViewController& controller() { return *controller_; }
+  fake::VirtualRunLoop& runLoop() { return runLoop_; }
+  NotificationCenter& notifications() { return notifications_; }
+  fake::FakeScreen& screen() { return screen_; }
+  fake::FakeAlerts& alerts() { return screen_.alerts(); }
+
+  // Views by field name ("view" for the root); null when there is none.
+  View* view(const std::string& name) { return screen_.view(name); }
+  fake::FakeButton* button(const std::string& name) { return screen_.button(name); }
+  fake::FakeLabel* label(const std::string& name) { return screen_.label(name); }
+  fake::FakeImageView* imageView(const std::string& name) { return screen_.imageView(name); }
+
+  InputResult press(const std::string& name) { return screen_.press(name); }
+  InputResult release(const std::string& name) { return screen_.release(name); }
+  InputResult tap(const std::string& name) { return screen_.tap(name); }
+  InputResult touch(const std::string& name, int tapCount) { return screen_.touch(name, tapCount); }
+  std::optional<std::string> answer(int index) { return alerts().answer(index); }
+  void resign() { notifications_.post(kWillResignActive); }
+  void activate() { notifications_.post(kDidBecomeActive); }
+
+ private:
+  World& world_;
+  fake::VirtualRunLoop runLoop_;
+  NotificationCenter notifications_;
+  fake::RecordingSoundOutput sound_;
+  fake::FakeBundle bundle_;
+  fake::EventLog log_;
+  fake::RecordingScreenPresenter screens_;
+  RecordingTracker tracker_;
+  fake::FakeScreen screen_;
+  // Last, so it goes first: its destructor may still touch the services above.
+  std::unique_ptr<ZellickViewController> controller_;
+};
+
+// A world plus the process running in it; what the driver and the tests drive.
+class Simulation {
+ public:
+  explicit Simulation(SimOptions options = {}) : world_(options) {}
+
+  World& world() { return world_; }
+  bool running() const { return process_ != nullptr; }
+  // Starts a process; a no-op while one runs.
+  Process& start();
+  // The running process, started on first use.
+  Process& process() { return start(); }
+  // Ends the process as a kill would and starts a fresh one over the same world.
+  Process& restart();
+
+  // Run-loop time passes; timers fire.
+  std::size_t wait(double seconds) { return process().runLoop().advance(seconds); }
+  // Wall-clock time passes without the run loop turning.
+  void sleep(double seconds) { world_.clock().sleep(seconds); }
+
+ private:
+  World world_;
+  std::unique_ptr<Process> process_;
+};
+
+}  // namespace zellick::sim

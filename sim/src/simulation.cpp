@@ -1,0 +1,56 @@
+#include "sim/simulation.h"
+
+#include <algorithm>
+
+#include "counter/interface.h"
+#include "counter/sounds.h"
+
+namespace zellick::sim {
+
+namespace {
+
+std::set<std::string> counterResources() {
+  std::set<std::string> files;
+  for (const char* sound : kCounterSounds) files.insert(std::string(sound) + "." + kSoundType);
+  return files;
+}
+
+double screenHeight(const World& world) { return std::max(world.options().screenHeight, kMinScreenHeight); }
+
+}  // namespace
+
+World::World(SimOptions options)
+    : options_(options), clock_(time_, options.epoch), events_(time_) {}
+
+Process::Process(World& world)
+    : world_(world),
+      runLoop_(world.time()),
+      sound_(world.events()),
+      bundle_(counterResources()),
+      log_(world.events()),
+      screens_(world.events()),
+      tracker_(world.events()),
+      screen_({0, 0, kScreenWidth, screenHeight(world)}, counterInterface(screenHeight(world)),
+              world.events()) {
+  CounterServices services{runLoop_, world.clock(), notifications_, world.defaults(), sound_,
+                           bundle_,  log_,          screen_.alerts(), screens_,       tracker_};
+  controller_ = std::make_unique<ZellickViewController>(services, counterViews(screen_));
+  bindCounter(screen_, *controller_);
+  controller_->viewDidLoad();
+  controller_->viewWillAppear(false);
+  notifications_.post(kDidBecomeActive);
+}
+
+Process::~Process() { controller_.reset(); }
+
+Process& Simulation::start() {
+  if (!process_) process_ = std::make_unique<Process>(world_);
+  return *process_;
+}
+
+Process& Simulation::restart() {
+  process_.reset();
+  return start();
+}
+
+}  // namespace zellick::sim

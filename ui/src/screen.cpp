@@ -1,0 +1,318 @@
+#include "ui/screen.h"
+
+#include "ui/first_frame.h"
+#include "ui/glyph_label.h"
+#include "ui/artwork.h"
+
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QQmlEngine>
+#include <QQmlComponent>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QStyleHints>
+#include <QTouchEvent>
+
+namespace zellick::ui {
+
+namespace {
+
+// How far apart, in logical points, two taps of one series may be.
+constexpr double kTapSlop = 10;
+
+bool contains(const Rect& r, QPointF p) {
+  return p.x() >= r.x && p.x() < r.x + r.w && p.y() >= r.y && p.y() < r.y + r.h;
+}
+
+bool shownOnScreen(const QQuickItem* item) {
+  for (const QQuickItem* i = item; i; i = i->parentItem())
+    if (!i->isVisible()) return false;
+  return item != nullptr;
+}
+
+// The item named `name` in `from`'s visual tree, `from` included.
+QQuickItem* findItem(QQuickItem* from, const QString& name) {
+  if (!from) return nullptr;
+  if (from->objectName() == name) return from;
+  for (QQuickItem* child : from->childItems())
+    if (QQuickItem* found = findItem(child, name)) return found;
+  return nullptr;
+}
+
+}  // namespace
+
+QStringList registerBundledFonts(Log& log) {
+  const QString path = QString::fromLatin1(kBundledFontResource);
+  const int id = QFontDatabase::addApplicationFont(path);
+  if (id < 0) {
+    log.line("could not load the label font " + path.toStdString() + "; using the default font");
+    return {};
+  }
+  return QFontDatabase::applicationFontFamilies(id);
+}
+
+QtScreen::QtScreen(Log& log, QObject* parent)
+    : QObject(parent),
+      log_(log),
+      taps_(QGuiApplication::styleHints()->mouseDoubleClickInterval(), kTapSlop) {}
+
+QtScreen::~QtScreen() {
+  if (window_) window_->removeEventFilter(this);
+  // Views and the presenter go before the items they point at.
+  alerts_.reset();
+  buttons_.clear();
+  images_.clear();
+  labels_.clear();
+  rootView_.reset();
+  screen_.reset();
+  engine_.reset();
+}
+
+bool QtScreen::load(const QUrl& url, const QVariantMap& windowProperties) {
+  GlyphLabel::registerType();
+  // A plain engine: the application engine's translations, file selectors and quit wiring
+  // are not used here and cost start-up time.
+  engine_ = std::make_unique<QQmlEngine>();
+  engine_->addImageProvider(QStringLiteral("art"), new ArtworkProvider(artworkCacheDir_, shippedArtworkDirs_));
+  QQmlComponent component(engine_.get(), url);
+  if (component.isReady()) screen_.reset(component.createWithInitialProperties(windowProperties));
+  if (!screen_) {
+    log_.line("could not load the screen " + url.toString().toStdString() + ": " +
+              component.errorString().trimmed().toStdString());
+    return false;
+  }
+  window_ = qobject_cast<QQuickWindow*>(screen_.get());
+  if (!window_) {
+    log_.line("the screen " + url.toString().toStdString() + " is not a window");
+    return false;
+  }
+  root_ = findItem(window_->contentItem(), QStringLiteral("RootView"));
+  if (!root_) {
+    log_.line("the screen has no RootView item");
+    return false;
+  }
+  rootView_ = std::make_unique<QtRootView>(root_, log_);
+
+  questionLoader_ = findItem(root_, QStringLiteral("QuestionLoader"));
+  if (!questionLoader_) log_.line("the screen has no question overlay");
+  alerts_ = std::make_unique<QtAlertPresenter>([this] { return questionOverlay(); }, log_);
+  alerts_->setBeforeShow(beforeQuestion_);
+
+  window_->installEventFilter(this);
+  // What the first frame does without (the pressed pictures) loads once it is out.
+  afterFirstFrame(window_, this, [this] {
+    if (root_) root_->setProperty("firstFrameShown", true);
+  });
+  return true;
+}
+
+Rect QtScreen::bounds() const { return rootView_ ? rootView_->bounds() : Rect{}; }
+
+bool QtScreen::bind(const std::vector<ControlSpec>& controls) {
+  if (!root_) return false;
+  bool complete = true;
+  for (const ControlSpec& c : controls) {
+    QQuickItem* item = findItem(root_, QString::fromStdString(c.name));
+    if (!item) {
+      log_.line("the screen has no item " + c.name);
+      complete = false;
+      continue;
+    }
+    // Sized before any picture is asked for, so artwork is rendered once, at its size.
+    placeInRoot(item, root_, c.frame);
+    switch (c.kind) {
+      case ControlSpec::Kind::Button: {
+        auto& b = buttons_[c.name] = std::make_unique<QtButton>(item, root_, c.tag, log_);
+        b->setName(c.name);
+        b->setHighlightedImage(c.highlightedImage);
+        b->setImage(c.image);
+        break;
+      }
+      case ControlSpec::Kind::Image: {
+        auto& i = images_[c.name] = std::make_unique<QtImageView>(item, root_, c.tag, log_);
+        i->setName(c.name);
+        i->setImage(c.image);
+        break;
+      }
+      case ControlSpec::Kind::Label: {
+        auto& l = labels_[c.name] =
+            std::make_unique<QtLabel>(item, root_, c.tag, fontAliases_, log_);
+        l->setName(c.name);
+        break;
+      }
+      case ControlSpec::Kind::Clip:
+        break;
+    }
+  }
+  return complete;
+}
+
+template <class Map>
+static auto* find(const Map& map, const std::string& name, Log& log, const char* what) {
+  auto it = map.find(name);
+  if (it != map.end()) return it->second.get();
+  log.line(std::string("the screen has no ") + what + " " + name);
+  return static_cast<decltype(it->second.get())>(nullptr);
+}
+
+QtButton* QtScreen::button(const std::string& name) { return find(buttons_, name, log_, "button"); }
+QtImageView* QtScreen::imageView(const std::string& name) {
+  return find(images_, name, log_, "image view");
+}
+QtLabel* QtScreen::label(const std::string& name) { return find(labels_, name, log_, "label"); }
+
+void QtScreen::bindButton(const std::string& name, std::function<void()> press,
+                          std::function<void()> release) {
+  if (!buttons_.count(name)) log_.line("binding for missing button " + name + " ignored");
+  bindings_[name] = Binding{std::move(press), std::move(release)};
+}
+
+void QtScreen::setTouchHandlers(TouchHandler began, TouchHandler ended) {
+  began_ = std::move(began);
+  ended_ = std::move(ended);
+}
+
+QPointF QtScreen::toScreen(QPointF windowPos) const {
+  return root_ ? root_->mapFromScene(windowPos) : windowPos;
+}
+
+QPointF QtScreen::toWindow(QPointF screenPoint) const {
+  return root_ ? root_->mapToScene(screenPoint) : screenPoint;
+}
+
+QQuickItem* QtScreen::questionOverlay() {
+  if (overlay_ || !questionLoader_) return overlay_;
+  questionLoader_->setProperty("active", true);
+  overlay_ = qobject_cast<QQuickItem*>(questionLoader_->property("item").value<QObject*>());
+  if (!overlay_) {
+    log_.line("the question overlay could not be built");
+    questionLoader_ = nullptr;
+  }
+  return overlay_;
+}
+
+bool QtScreen::questionShown() const {
+  return overlay_ && overlay_->property("shown").toBool();
+}
+
+const View* QtScreen::hitTest(QPointF p, QtButton** button) const {
+  *button = nullptr;
+  // Topmost first: labels lie above the controls, the controls above the body and wheels.
+  // A view that ignores touches lets them through to what lies beneath.
+  for (const auto& [name, label] : labels_)
+    if (label->userInteractionEnabled() && shownOnScreen(label->item()) && contains(label->frame(), p))
+      return label.get();
+  for (const auto& [name, b] : buttons_)
+    if (b->userInteractionEnabled() && shownOnScreen(b->item()) && contains(b->frame(), p)) {
+      *button = b.get();
+      return b.get();
+    }
+  for (const auto& [name, image] : images_)
+    if (image->userInteractionEnabled() && shownOnScreen(image->item()) && contains(image->frame(), p))
+      return image.get();
+  return rootView_.get();
+}
+
+void QtScreen::touch(Phase phase, QPointF windowPos, long long timeMs) {
+  const QPointF p = toScreen(windowPos);
+  if (phase == Phase::Begin) {
+    QtButton* b = nullptr;
+    const View* view = hitTest(p, &b);
+    const int count = taps_.press(timeMs, Point{p.x(), p.y()});
+    tracking_ = true;
+    if (b) {
+      pressedButton_ = b;
+      b->setHighlighted(true);
+      auto it = bindings_.find(b->name());
+      if (it != bindings_.end() && it->second.press) it->second.press();
+    } else {
+      touchedView_ = view;
+      touchTapCount_ = count;
+      if (began_) began_(*view, count);
+    }
+    return;
+  }
+  if (!tracking_) return;
+  if (pressedButton_) {
+    QtButton* b = pressedButton_;
+    const bool inside = contains(b->frame(), p);
+    if (phase == Phase::Move) {
+      b->setHighlighted(inside);
+      return;
+    }
+    tracking_ = false;
+    pressedButton_ = nullptr;
+    b->setHighlighted(false);
+    auto it = bindings_.find(b->name());
+    if (it == bindings_.end() || !it->second.release) return;
+    // A counting button's press locked other buttons: its release must always run.
+    const bool counting = static_cast<bool>(it->second.press);
+    if (counting || (phase == Phase::End && inside)) it->second.release();
+    return;
+  }
+  if (phase == Phase::Move) return;
+  tracking_ = false;
+  const View* view = touchedView_;
+  touchedView_ = nullptr;
+  if (phase == Phase::End && ended_ && view) ended_(*view, touchTapCount_);
+}
+
+bool QtScreen::eventFilter(QObject* watched, QEvent* event) {
+  if (watched != window_) return QObject::eventFilter(watched, event);
+  switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseMove:
+    case QEvent::MouseButtonDblClick: {
+      auto* e = static_cast<QMouseEvent*>(event);
+      // Touches come as touch events; their mouse echo would count twice.
+      if (e->device() && e->device()->type() == QInputDevice::DeviceType::TouchScreen) return true;
+      if (event->type() == QEvent::MouseButtonDblClick) return !questionShown() || tracking_;
+      if (event->type() == QEvent::MouseButtonPress) {
+        if (e->button() != Qt::LeftButton || tracking_) return tracking_;
+        if (questionShown()) return false;  // the question takes it
+        touch(Phase::Begin, e->scenePosition(), static_cast<long long>(e->timestamp()));
+        return true;
+      }
+      if (!tracking_) return false;
+      if (event->type() == QEvent::MouseButtonRelease && e->button() != Qt::LeftButton) return true;
+      touch(event->type() == QEvent::MouseMove ? Phase::Move : Phase::End, e->scenePosition(),
+            static_cast<long long>(e->timestamp()));
+      return true;
+    }
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+    case QEvent::TouchCancel: {
+      auto* e = static_cast<QTouchEvent*>(event);
+      const long long t = static_cast<long long>(e->timestamp());
+      if (event->type() == QEvent::TouchCancel) {
+        if (tracking_) touch(Phase::Cancel, {}, t);
+        touchPointId_ = -1;
+        return true;
+      }
+      if (!tracking_ && questionShown()) return false;
+      // One finger at a time: the first one down is followed, later ones are ignored.
+      for (const QEventPoint& point : e->points()) {
+        if (point.state() == QEventPoint::Pressed && !tracking_) {
+          touchPointId_ = point.id();
+          touch(Phase::Begin, point.scenePosition(), t);
+        } else if (tracking_ && point.id() == touchPointId_) {
+          if (point.state() == QEventPoint::Released) {
+            touch(Phase::End, point.scenePosition(), t);
+            touchPointId_ = -1;
+          } else if (point.state() == QEventPoint::Updated) {
+            touch(Phase::Move, point.scenePosition(), t);
+          }
+        }
+      }
+      event->accept();
+      return true;
+    }
+    default:
+      return QObject::eventFilter(watched, event);
+  }
+}
+
+}  // namespace zellick::ui
