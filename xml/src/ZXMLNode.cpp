@@ -40,6 +40,8 @@ ZXMLNode::~ZXMLNode() {
             xmlFreeNode(xmlNode_);
         }
         xmlNode_ = nullptr;
+        if (holderDoc_) xmlFreeDoc(holderDoc_);
+        holderDoc_ = nullptr;
     }
 }
 
