@@ -9,12 +9,12 @@
 
 using namespace zxml_detail;
 
-namespace {
-
-const ZXMLString &emptyString() {
+const ZXMLString &zxml_detail::emptyString() {
     static const ZXMLString empty = std::make_shared<const std::string>();
     return empty;
 }
+
+namespace {
 
 bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f'; }
 
