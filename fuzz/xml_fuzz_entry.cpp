@@ -155,9 +155,11 @@ void edit(ZXMLDocument &doc, Choices &c, const ZXMLElementPtr &standalone, const
     case 7:
         if (auto kids = target.children()) {
             ZXMLNodePtr kid = c.pick(*kids);
+            ZXMLNodePtr grandchild = kid->childAtIndex(0);  // borrowed; valid while kid lives
             kid->setShouldFreeXMLNode(true);
             target.removeChild(*kid);
             readNode(kid, sink);
+            readNode(grandchild, sink);
             query(*kid, c, names, uris, sink);
         }
         break;

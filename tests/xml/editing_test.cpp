@@ -39,7 +39,7 @@ TEST_F(EditingTest, AddingCopiesNeverReplacesAndLeavesHandedOutListsAlone) {
 }
 
 TEST_F(EditingTest, RemovingBorrowedAndConsumedChildren) {
-    auto doc = parse("<r xmlns:p='urn:p'><p:a><b/></p:a><c/><d/></r>");
+    auto doc = parse("<r xmlns='urn:d' xmlns:p='urn:p'><p:a xml:lang='en' p:k='v'><b>t</b></p:a><c/><d/></r>");
     auto root = doc->rootElement();
     ZXMLNode::elementWithName("x")->removeChild(*root->childAtIndex(2));  // not its child: left alone
     ZXMLNodePtr borrowed = root->childAtIndex(1);
@@ -47,14 +47,27 @@ TEST_F(EditingTest, RemovingBorrowedAndConsumedChildren) {
     EXPECT_EQ(borrowed->XMLNode(), nullptr);
 
     ZXMLNodePtr consumed = root->childAtIndex(0);
+    ZXMLNodePtr b = consumed->childAtIndex(0);  // borrowed from the subtree, first read after the removal
     consumed->setShouldFreeXMLNode(true);
     root->removeChild(*consumed);
-    EXPECT_EQ(str(root->XMLString()), "<r xmlns:p=\"urn:p\"><d/></r>");
+    EXPECT_EQ(str(root->XMLString()), "<r xmlns=\"urn:d\" xmlns:p=\"urn:p\"><d/></r>");
     EXPECT_EQ(root->childCount(), 1u);
-    // The removed node no longer depends on the document or its declarations.
-    doc.reset();
-    EXPECT_EQ(str(consumed->XMLString()), "<p:a xmlns:p=\"urn:p\"><b/></p:a>");
-    EXPECT_EQ(consumed->XMLNode()->doc, nullptr);
+    // The removed subtree, and wrappers borrowed from it, live on without the document.
+    for (bool docGone : {false, true}) {
+        if (docGone) doc.reset();
+        EXPECT_EQ(str(b->localName()), "b");
+        EXPECT_EQ(str(b->URI()), "urn:d");
+        EXPECT_EQ(str(b->stringValue()), "t");
+        EXPECT_EQ(str(b->XMLString()), "<b>t</b>");
+    }
+    const std::string removed = "<p:a xmlns:p=\"urn:p\" xmlns=\"urn:d\" xml:lang=\"en\" p:k=\"v\"><b>t</b></p:a>";
+    EXPECT_EQ(str(consumed->XMLString()), removed);
+    auto found = consumed->nodesForXPath("/p:a/_def_ns:b/text()", nullptr);
+    ASSERT_TRUE(found);
+    EXPECT_EQ(values(*found), std::vector<std::string>{"t"});
+    auto other = ZXMLNode::elementWithName("o");
+    other->addChild(*consumed);
+    EXPECT_EQ(str(other->XMLString()), "<o>" + removed + "</o>");
 }
 
 TEST_F(EditingTest, GraftingResolvesPlaceholdersDeclaredInScope) {

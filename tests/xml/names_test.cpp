@@ -42,8 +42,11 @@ TEST_F(NamesTest, NamesAndNamespacesOfParsedNodesAndLookUpsInScope) {
         EXPECT_EQ(str(r.node->URI()), r.uri) << r.name;
     }
     EXPECT_EQ(a->attributeForName("nope"), nullptr);
+    // Resolved prefixes are the shared strings of the cache, as the prefixes read off nodes.
     EXPECT_EQ(str(a->resolvePrefixForNamespaceURI("urn:p")), "p");
+    EXPECT_EQ(a->resolvePrefixForNamespaceURI("urn:p").get(), a->prefix().get());
     EXPECT_EQ(str(a->resolvePrefixForNamespaceURI("urn:d")), "");
+    EXPECT_EQ(a->resolvePrefixForNamespaceURI("urn:d").get(), root->prefix().get());
     EXPECT_EQ(a->resolvePrefixForNamespaceURI("urn:x"), nullptr);
 }
 

@@ -170,18 +170,34 @@ void ZXMLElement::removeChild(ZXMLNode &child) {
         ZXMLLog("removeChild ignored: the node is not a child of this element");
         return;
     }
+    xmlDocPtr holder = child.shouldFreeXMLNode_ ? xmlNewDoc(nullptr) : nullptr;
+    if (child.shouldFreeXMLNode_ && !holder) {
+        ZXMLLog("removeChild ignored: no document to keep the removed node in");
+        return;
+    }
     releaseCachedValues();
-    xmlUnlinkNode(c);
-    if (!child.shouldFreeXMLNode_) {
+    child.releaseCachedValues();
+    if (!holder) {
+        xmlUnlinkNode(c);
         xmlFreeNode(c);
         child.xmlNode_ = nullptr;
-    } else {
-        // The owner keeps a stand-alone copy: the unlinked node still points at this
-        // tree's document and declarations, which may go before the wrapper does.
-        child.xmlNode_ = xmlCopyNode(c, 1);
-        xmlFreeNode(c);
+        return;
     }
-    child.releaseCachedValues();
+    // The node itself is kept, so wrappers borrowed from its subtree stay valid, but cut
+    // loose from the old tree: declarations it used from above get a copy in the subtree,
+    // and adopting it into a document of its own resets its document pointers, moves its
+    // strings out of the old document's dictionary and rebinds the xml prefix.
+    std::set<xmlNsPtr> outer;
+    for (xmlNodePtr a = xmlNode_; a && a->type == XML_ELEMENT_NODE; a = a->parent)
+        for (xmlNsPtr ns = a->nsDef; ns; ns = ns->next) outer.insert(ns);
+    xmlDocPtr oldDoc = c->doc;
+    xmlUnlinkNode(c);
+    if (c->type == XML_ELEMENT_NODE) repointUsers(c, c, outer);
+    if (xmlDOMWrapAdoptNode(nullptr, oldDoc, c, holder, nullptr, 0) != 0)
+        ZXMLLog("removeChild: the removed node could not be fully moved to its own document");
+    // As the root, absolute XPath paths work on the removed subtree.
+    if (c->type == XML_ELEMENT_NODE) xmlDocSetRootElement(holder, c);
+    child.holderDoc_ = holder;
 }
 
 void ZXMLElement::addAttribute(const ZXMLNode &attribute) {

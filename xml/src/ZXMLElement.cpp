@@ -138,6 +138,5 @@ ZXMLString ZXMLElement::resolvePrefixForNamespaceURI(std::string_view namespaceU
     const std::string uri = cstr(namespaceURI);
     xmlNsPtr ns = xmlSearchNsByHref(xmlNode_->doc, xmlNode_, x(uri));
     if (!ns) return nullptr;
-    if (!ns->prefix) return std::make_shared<const std::string>();
-    return std::make_shared<const std::string>(reinterpret_cast<const char *>(ns->prefix));
+    return ns->prefix ? stringFromXMLString(ns->prefix) : emptyString();
 }

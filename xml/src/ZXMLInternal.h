@@ -6,6 +6,7 @@
 #include <libxml/tree.h>
 
 #include "xml/ZXMLError.h"
+#include "xml/ZXMLStringsCache.h"
 
 namespace zxml_detail {
 
@@ -20,6 +21,9 @@ void setError(ZXMLErrorOut error, int code, std::map<std::string, std::string> u
 // Zero-terminated copy of a view, as libxml2 wants its strings.
 inline std::string cstr(std::string_view v) { return std::string(v); }
 inline const xmlChar *x(const std::string &s) { return reinterpret_cast<const xmlChar *>(s.c_str()); }
+
+// Shared empty string for a prefix that libxml2 leaves null.
+const ZXMLString &emptyString();
 
 // "{URI}:local" for a name given with a namespace URI.
 std::string placeholderName(std::string_view URI, std::string_view name);

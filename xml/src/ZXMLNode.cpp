@@ -9,14 +9,41 @@
 
 using namespace zxml_detail;
 
-namespace {
-
-const ZXMLString &emptyString() {
+const ZXMLString &zxml_detail::emptyString() {
     static const ZXMLString empty = std::make_shared<const std::string>();
     return empty;
 }
 
-bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f'; }
+namespace {
+
+// The Unicode White_Space property, ASCII white space and line ends included.
+bool isWhiteSpace(char32_t c) {
+    return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
+           (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F || c == 0x3000;
+}
+
+// The character the bytes encode when they are exactly one well-formed UTF-8 sequence of
+// at most three bytes (enough for all white space); nothing otherwise.
+std::optional<char32_t> decodeOne(std::string_view s) {
+    const auto b = [&](std::size_t i) { return static_cast<unsigned char>(s[i]); };
+    const auto tail = [&](std::size_t i) { return (b(i) & 0xC0) == 0x80; };
+    if (s.size() == 1 && b(0) < 0x80) return b(0);
+    if (s.size() == 2 && b(0) >= 0xC2 && b(0) <= 0xDF && tail(1)) return (b(0) & 0x1Fu) << 6 | (b(1) & 0x3Fu);
+    if (s.size() == 3 && (b(0) & 0xF0) == 0xE0 && tail(1) && tail(2)) {
+        const char32_t c = (b(0) & 0x0Fu) << 12 | (b(1) & 0x3Fu) << 6 | (b(2) & 0x3Fu);
+        if (c >= 0x800) return c;  // shorter forms are malformed
+    }
+    return std::nullopt;
+}
+
+// Bytes of the white space character at the front (or back) of the text; 0 if there is none.
+std::size_t whiteSpaceAt(std::string_view text, bool front) {
+    for (std::size_t n = 1; n <= 3 && n <= text.size(); ++n) {
+        const auto c = decodeOne(front ? text.substr(0, n) : text.substr(text.size() - n));
+        if (c && isWhiteSpace(*c)) return n;
+    }
+    return 0;
+}
 
 } // namespace
 
@@ -40,6 +67,8 @@ ZXMLNode::~ZXMLNode() {
             xmlFreeNode(xmlNode_);
         }
         xmlNode_ = nullptr;
+        if (holderDoc_) xmlFreeDoc(holderDoc_);
+        holderDoc_ = nullptr;
     }
 }
 
@@ -125,8 +154,8 @@ ZXMLString ZXMLNode::XMLString() const {
     if (xmlNodeDump(buffer, nullptr, xmlNode_, 0, 0) >= 0 && xmlBufferContent(buffer)) {
         const char *bytes = reinterpret_cast<const char *>(xmlBufferContent(buffer));
         std::string_view text(bytes, static_cast<std::size_t>(xmlBufferLength(buffer)));
-        while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
-        while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
+        while (std::size_t n = whiteSpaceAt(text, true)) text.remove_prefix(n);
+        while (std::size_t n = whiteSpaceAt(text, false)) text.remove_suffix(n);
         const std::string trimmed(text);
         out = stringFromXMLString(x(trimmed));
     }

@@ -143,6 +143,8 @@ protected:
 
     xmlNodePtr xmlNode_ = nullptr;
     bool shouldFreeXMLNode_ = false;
+    // The document holding a removed consuming child's node; freed after the node.
+    xmlDocPtr holderDoc_ = nullptr;
     mutable ZXMLString cachedName_;
     mutable ZXMLNodeListPtr cachedChildren_;
     mutable ZXMLNodeListPtr cachedAttributes_;
@@ -173,7 +175,8 @@ public:
     void setNamespaces(const std::vector<ZXMLNodePtr> &namespaces);
     void addNamespace(const ZXMLNode &aNamespace);
     void addChild(const ZXMLNode &child);
-    // Borrowed children are freed at once; a consuming child keeps a detached node.
+    // Borrowed children are freed at once; a consuming child keeps its node, moved into a
+    // document of its own, so wrappers borrowed from its subtree stay valid while it lives.
     void removeChild(ZXMLNode &child);
     // Never replaces an existing attribute of the same name.
     void addAttribute(const ZXMLNode &attribute);
