@@ -1,6 +1,8 @@
 // Documents: parsing and its failures, the root element, serialisation, version and encoding.
 #include "xml_test_support.h"
 
+namespace zellick::test {
+
 class DocumentTest : public XmlTest {};
 
 TEST_F(DocumentTest, ParseFailuresReportCodeMinusOneWithoutMessage) {
@@ -41,3 +43,5 @@ TEST_F(DocumentTest, RootElementDocumentsAndSerialisation) {
     ASSERT_TRUE(empty);
     EXPECT_EQ(empty->rootElement(), nullptr);
 }
+
+}  // namespace zellick::test

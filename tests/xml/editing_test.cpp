@@ -1,6 +1,8 @@
 // Building and editing trees: copies on add, removal ownership, grafting with namespace fix-up.
 #include "xml_test_support.h"
 
+namespace zellick::test {
+
 class EditingTest : public XmlTest {};
 
 TEST_F(EditingTest, FactoriesBuildTheNamedNodes) {
@@ -117,3 +119,5 @@ TEST_F(EditingTest, NamespaceDeclarationEdits) {
     (*root->namespaces())[0]->setStringValue("urn:changed");
     EXPECT_EQ(str(root->childAtIndex(0)->URI()), "urn:changed");
 }
+
+}  // namespace zellick::test

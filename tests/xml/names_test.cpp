@@ -1,6 +1,8 @@
 // Names, prefixes, look-ups in scope, kinds and the wrapper class chosen per node type.
 #include "xml_test_support.h"
 
+namespace zellick::test {
+
 class NamesTest : public XmlTest {};
 
 TEST_F(NamesTest, LocalNameAndPrefixSplitAtTheFirstColon) {
@@ -79,3 +81,5 @@ TEST_F(NamesTest, DescriptionShowsClassTypeNameAndMarkup) {
     EXPECT_EQ(d.rfind("ZXMLElement 0x", 0), 0u) << d;
     EXPECT_NE(d.find(": {type:1 name:a xml:\"<a>v</a>\"}"), std::string::npos) << d;
 }
+
+}  // namespace zellick::test

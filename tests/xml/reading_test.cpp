@@ -1,6 +1,8 @@
 // Children and text of every kind of node; element look-ups; equality; the strings cache.
 #include "xml_test_support.h"
 
+namespace zellick::test {
+
 class ReadingTest : public XmlTest {};
 
 TEST_F(ReadingTest, ChildlessNodesHaveNothingAndEmptyTextIsNotNothing) {
@@ -98,3 +100,5 @@ TEST_F(ReadingTest, StringsCacheHashIsDjb2OverSignedBytes) {
     for (const auto &[bytes, hash] : rows)
         EXPECT_EQ(ZXMLStringsCache::hash(reinterpret_cast<const xmlChar *>(bytes)), hash) << bytes;
 }
+
+}  // namespace zellick::test

@@ -28,7 +28,7 @@ void quiet(void *, const char *, ...) {}
 void quietLog(const std::string &) {}
 } // namespace
 
-long zxmlLiveBlocks() { return g_live; }
+long zellick::test::zxmlLiveBlocks() { return g_live; }
 
 int main(int argc, char **argv) {
     xmlMemSetup(countedFree, countedMalloc, countedRealloc, countedStrdup);

@@ -10,6 +10,8 @@
 #include "xml/ZXMLDocument.h"
 #include "xml/ZXMLNode.h"
 
+namespace zellick::test {
+
 // Blocks allocated through libxml2's allocator and not yet freed (hooks set in main).
 long zxmlLiveBlocks();
 
@@ -44,3 +46,5 @@ protected:
 private:
     long before_ = 0;
 };
+
+}  // namespace zellick::test

@@ -1,6 +1,8 @@
 // XPath on documents and detached subtrees, with and without a namespace dictionary.
 #include "xml_test_support.h"
 
+namespace zellick::test {
+
 class XPathTest : public XmlTest {};
 
 TEST_F(XPathTest, QueriesWithAndWithoutNamespaceDictionary) {
@@ -73,3 +75,5 @@ TEST_F(XPathTest, DetachedSubtreeIsQueriedAndLeftDetached) {
         EXPECT_EQ(top->XMLNode()->parent, nullptr) << r.xpath;
     }
 }
+
+}  // namespace zellick::test
