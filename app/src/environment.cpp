@@ -39,7 +39,8 @@ Environment Environment::fromProcess() {
 
   e.audioOff = !variable("ZELLICK_NO_AUDIO").isEmpty();
   e.audioModule = variable("ZELLICK_AUDIO_MODULE");
-  if (e.audioModule.isEmpty()) e.audioModule = QDir(exeDir).filePath(QStringLiteral("libzellick_audio.so"));
+  if (e.audioModule.isEmpty())
+    e.audioModule = QDir(exeDir).filePath(QStringLiteral("libzellick_audio.so"));
   return e;
 }
 

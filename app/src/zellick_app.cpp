@@ -29,7 +29,8 @@ bool ZellickApp::launch(const QVariantMap& windowProperties) {
   CounterScreenOptions options;
   options.artworkCacheDir = environment_.artworkCacheDir;
   for (const std::string& folder : environment_.bundleFolders)
-    options.shippedArtworkDirs << QDir(QString::fromStdString(folder)).filePath(QStringLiteral("artwork"));
+    options.shippedArtworkDirs
+        << QDir(QString::fromStdString(folder)).filePath(QStringLiteral("artwork"));
   options.beforeQuestion = [this] { fontSetup_.wait(); };
   options.windowProperties = windowProperties;
   if (!counter_.load(options)) return false;

@@ -129,8 +129,10 @@ int main(int argc, char** argv) {
     Sample a, m, c, r;
     if (!runOnce(app, a) || !runOnce(minimal, m) || !runOnce(app, c, uncached) ||
         !runOnce(otherSize, r, uncached)) {
-      std::fprintf(stderr, "run %d failed (app %.0f ms, minimal %.0f ms, uncached %.0f ms, rendering %.0f ms)\n",
-                   i, a.ms, m.ms, c.ms, r.ms);
+      std::fprintf(
+          stderr,
+          "run %d failed (app %.0f ms, minimal %.0f ms, uncached %.0f ms, rendering %.0f ms)\n", i,
+          a.ms, m.ms, c.ms, r.ms);
       unlink(settings);
       std::error_code ignored;
       std::filesystem::remove_all(artwork, ignored);
@@ -171,8 +173,8 @@ int main(int argc, char** argv) {
   std::printf("  minimal window %8.1f ms     %8.1f ms       %7.1f MiB\n", mm, mc, mk / 1024.0);
   std::printf("  ratio          %8.2fx       %8.2fx         %7.2fx\n", am / mm, ac / mc,
               static_cast<double>(ak) / static_cast<double>(mk));
-  const auto row = [&](const char* title, const std::vector<double>& ms, const std::vector<double>& cpu,
-                       const std::vector<long>& kb) {
+  const auto row = [&](const char* title, const std::vector<double>& ms,
+                       const std::vector<double>& cpu, const std::vector<long>& kb) {
     const double t = median(ms), c = median(cpu);
     const long k = median(kb);
     std::printf("  %s\n", title);
@@ -180,8 +182,10 @@ int main(int argc, char** argv) {
     std::printf("  ratio          %8.2fx       %8.2fx         %7.2fx\n", t / mm, c / mc,
                 static_cast<double>(k) / static_cast<double>(mk));
   };
-  row("zellick, first start (no artwork cache; the shipped renderings serve)", coldMs, coldCpu, coldKb);
-  row("zellick, first start at 400 x 720, where all artwork is rendered", renderMs, renderCpu, renderKb);
+  row("zellick, first start (no artwork cache; the shipped renderings serve)", coldMs, coldCpu,
+      coldKb);
+  row("zellick, first start at 400 x 720, where all artwork is rendered", renderMs, renderCpu,
+      renderKb);
   for (std::size_t k = 0; k < also.size(); ++k) {
     std::vector<double> ms, cpu;
     std::vector<long> kb;

@@ -128,9 +128,9 @@ void ZellickViewController::touchesBegan(const std::vector<Touch>& touches) {
         *x.isStarted = 0;
       }
       if (hh != 0 || mm != 0 || ss != 0) {
-        alertView = std::make_shared<AlertView>("RESET TIMER",
-                                                "Are you sure you want\nto reset the timer?",
-                                                std::vector<std::string>{"Yes", "No"});
+        alertView =
+            std::make_shared<AlertView>("RESET TIMER", "Are you sure you want\nto reset the timer?",
+                                        std::vector<std::string>{"Yes", "No"});
         alertView->setTag(kResetTimerAlertTag);
         showQuestion();
       }

@@ -23,13 +23,14 @@ ZellickViewController::ZellickViewController(CounterServices services, CounterVi
 
 ZellickViewController::~ZellickViewController() {
   // Timers and delayed calls check alive_ before touching the controller; cancel what we can.
-  for (TimerRef* t : {&TimerForLabelA, &TimerForLabelB, &TimerForLabelC, &timer1, &timer2,
-                      &timer3, &timer4, &ResetTimer}) {
+  for (TimerRef* t : {&TimerForLabelA, &TimerForLabelB, &TimerForLabelC, &timer1, &timer2, &timer3,
+                      &timer4, &ResetTimer}) {
     if (*t) (*t)->invalidate();
   }
 }
 
-TimerRef ZellickViewController::schedule(double seconds, void (ZellickViewController::*step)(Timer&)) {
+TimerRef ZellickViewController::schedule(double seconds,
+                                         void (ZellickViewController::*step)(Timer&)) {
   std::weak_ptr<bool> alive = alive_;
   return services_.runLoop.scheduledTimer(seconds, [this, alive, step](Timer& timer) {
     if (alive.lock()) (this->*step)(timer);
@@ -69,12 +70,36 @@ void ZellickViewController::setLabelColors(Color color) {
 
 ZellickViewController::Memory ZellickViewController::memory(int id) {
   switch (id) {
-    case 1: return {&totalA, &Ahh, &Amm, &Ass, &totalForAvgA, &TimerForLabelA, &isStartedTimerA,
-                    &isTimerA, &ZellickViewController::StartTimerA};
-    case 2: return {&totalB, &Bhh, &Bmm, &Bss, &totalForAvgB, &TimerForLabelB, &isStartedTimerB,
-                    &isTimerB, &ZellickViewController::StartTimerB};
-    case 3: return {&totalC, &Chh, &Cmm, &Css, &totalForAvgC, &TimerForLabelC, &isStartedTimerC,
-                    &isTimerC, &ZellickViewController::StartTimerC};
+    case 1:
+      return {&totalA,
+              &Ahh,
+              &Amm,
+              &Ass,
+              &totalForAvgA,
+              &TimerForLabelA,
+              &isStartedTimerA,
+              &isTimerA,
+              &ZellickViewController::StartTimerA};
+    case 2:
+      return {&totalB,
+              &Bhh,
+              &Bmm,
+              &Bss,
+              &totalForAvgB,
+              &TimerForLabelB,
+              &isStartedTimerB,
+              &isTimerB,
+              &ZellickViewController::StartTimerB};
+    case 3:
+      return {&totalC,
+              &Chh,
+              &Cmm,
+              &Css,
+              &totalForAvgC,
+              &TimerForLabelC,
+              &isStartedTimerC,
+              &isTimerC,
+              &ZellickViewController::StartTimerC};
     default: return {};
   }
 }

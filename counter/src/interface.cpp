@@ -72,22 +72,29 @@ CounterViews counterViews(Screen& s) {
 }
 
 bool isComplete(const CounterViews& v) {
-  const void* all[] = {v.view,       v.ButtonReset, v.ButtonAdd,  v.ButtonA,    v.ButtonB,
+  const void* all[] = {v.view,       v.ButtonReset, v.ButtonAdd,   v.ButtonA,    v.ButtonB,
                        v.ButtonC,    v.ButtonInfo,  v.ButtonMinus, v.ImageView1, v.ImageView2,
-                       v.ImageView3, v.ImageView4,  v.LabelTimer, v.LabelAvg,   v.baseImageView};
+                       v.ImageView3, v.ImageView4,  v.LabelTimer,  v.LabelAvg,   v.baseImageView};
   return std::all_of(std::begin(all), std::end(all), [](const void* p) { return p != nullptr; });
 }
 
 void bindCounter(Screen& s, ZellickViewController& c) {
-  s.bindButton("ButtonAdd", [&c] { c.Add(); }, [&c] { c.PlayLetUpSound(); });
-  s.bindButton("ButtonMinus", [&c] { c.OnClickMinus(); }, [&c] { c.OnMinusReleased(); });
+  s.bindButton(
+      "ButtonAdd", [&c] { c.Add(); }, [&c] { c.PlayLetUpSound(); });
+  s.bindButton(
+      "ButtonMinus", [&c] { c.OnClickMinus(); }, [&c] { c.OnMinusReleased(); });
   s.bindButton("ButtonReset", nullptr, [&c] { c.Reset(); });
   s.bindButton("ButtonA", nullptr, [&c] { c.SelectMemoryA(); });
   s.bindButton("ButtonB", nullptr, [&c] { c.SelectMemoryB(); });
   s.bindButton("ButtonC", nullptr, [&c] { c.SelectMemoryC(); });
   s.bindButton("ButtonInfo", nullptr, [&c] { c.OnClickInfo(); });
-  s.setTouchHandlers([&c](const View& view, int taps) { c.touchesBegan({Touch{&view, taps}}); },
-                     [&c](const View& view, int taps) { c.touchesEnded({Touch{&view, taps}}); });
+  s.setTouchHandlers(
+      [&c](const View& view, int taps) {
+        c.touchesBegan({Touch{&view, taps}});
+      },
+      [&c](const View& view, int taps) {
+        c.touchesEnded({Touch{&view, taps}});
+      });
 }
 
 }  // namespace zellick

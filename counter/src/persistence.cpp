@@ -101,8 +101,18 @@ void ZellickViewController::RetrieveValues() {
     TimerArray.emplace();
     std::vector<int32_t> n = readNumbers(kTimers, 12, *TimerArray);
     log("TimerArray:" + describe(TimerArray));
-    int32_t* fields[] = {&Ahh, &Amm, &Ass, &Bhh, &Bmm, &Bss, &Chh, &Cmm, &Css,
-                         &isStartedTimerA, &isStartedTimerB, &isStartedTimerC};
+    int32_t* fields[] = {&Ahh,
+                         &Amm,
+                         &Ass,
+                         &Bhh,
+                         &Bmm,
+                         &Bss,
+                         &Chh,
+                         &Cmm,
+                         &Css,
+                         &isStartedTimerA,
+                         &isStartedTimerB,
+                         &isStartedTimerC};
     for (size_t i = 0; i < 12; ++i) *fields[i] = n[i];
     log(format("Timer User Value %d %d %d", Ahh, Amm, Ass));
   } else {
@@ -147,8 +157,18 @@ void ZellickViewController::SaveUserSettings() {
 
   const int32_t counts[] = {totalA, totalB, totalC};
   for (size_t i = 0; i < 3; ++i) (*CounterArray)[i] = static_cast<long long>(counts[i]);
-  const int32_t clocks[] = {Ahh, Amm, Ass, Bhh, Bmm, Bss, Chh, Cmm, Css,
-                            isStartedTimerA, isStartedTimerB, isStartedTimerC};
+  const int32_t clocks[] = {Ahh,
+                            Amm,
+                            Ass,
+                            Bhh,
+                            Bmm,
+                            Bss,
+                            Chh,
+                            Cmm,
+                            Css,
+                            isStartedTimerA,
+                            isStartedTimerB,
+                            isStartedTimerC};
   for (size_t i = 0; i < 12; ++i) (*TimerArray)[i] = static_cast<long long>(clocks[i]);
   const int32_t numerators[] = {totalForAvgA, totalForAvgB, totalForAvgC};
   for (size_t i = 0; i < 3; ++i) (*TotalForAvgArray)[i] = static_cast<long long>(numerators[i]);

@@ -39,9 +39,9 @@ void ZellickViewController::DelayTimerFired(Timer&) {
   }
   // Prepared now so the fast clicking starts the moment "Yes" is pressed.
   player = makePlayer(kFastClickingSound);
-  alertView = std::make_shared<AlertView>("RESET COUNTER",
-                                          "Are you sure you want \nto reset the counter?",
-                                          std::vector<std::string>{"Yes", "No"});
+  alertView =
+      std::make_shared<AlertView>("RESET COUNTER", "Are you sure you want \nto reset the counter?",
+                                  std::vector<std::string>{"Yes", "No"});
   alertView->setTag(kResetCounterAlertTag);
   showQuestion();
 }

@@ -15,9 +15,7 @@ namespace {
 constexpr double kRedrawDelay = 0.5;
 constexpr double kLabelFontSize = 17.0;
 
-std::string rectString(const Rect& r) {
-  return format("{{%g, %g}, {%g, %g}}", r.x, r.y, r.w, r.h);
-}
+std::string rectString(const Rect& r) { return format("{{%g, %g}, {%g, %g}}", r.x, r.y, r.w, r.h); }
 
 }  // namespace
 

@@ -92,8 +92,8 @@ std::string stateJson(Process& p, double t) {
   c.visitFields(FieldWriter{screen, o});
 
   if (const AlertView* a = p.alerts().onScreen()) {
-    o["alert"] = {{"title", a->title}, {"message", a->message}, {"buttons", a->buttons},
-                  {"tag", a->tag()}};
+    o["alert"] = {
+        {"title", a->title}, {"message", a->message}, {"buttons", a->buttons}, {"tag", a->tag()}};
   } else {
     o["alert"] = nullptr;
   }

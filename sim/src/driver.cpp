@@ -64,15 +64,13 @@ void Driver::defineStandardCommands() {
     return {};
   };
 
-  define("press", "press NAME", 1, [this](const Args& a) {
-    return inputError(sim_.process().press(a[0]), a[0], "button");
-  });
+  define("press", "press NAME", 1,
+         [this](const Args& a) { return inputError(sim_.process().press(a[0]), a[0], "button"); });
   define("release", "release NAME", 1, [this](const Args& a) {
     return inputError(sim_.process().release(a[0]), a[0], "button");
   });
-  define("tap", "tap NAME", 1, [this](const Args& a) {
-    return inputError(sim_.process().tap(a[0]), a[0], "button");
-  });
+  define("tap", "tap NAME", 1,
+         [this](const Args& a) { return inputError(sim_.process().tap(a[0]), a[0], "button"); });
   define("touch", "touch NAME COUNT", 2, [this](const Args& a) -> std::string {
     auto count = parseInt(a[1]);
     if (!count || *count < 0) return "'" + a[1] + "' is not a tap count (0 or more)";
@@ -199,8 +197,8 @@ int runZellickSim(const std::vector<std::string>& args, std::istream& in, std::o
       auto v = value("--screen-height");
       auto h = v ? parseSeconds(*v) : std::nullopt;
       if (!h || *h < kMinScreenHeight || *h > 100000) {
-        err << "zellick-sim: --screen-height needs a height of at least "
-            << kMinScreenHeight << " points\n";
+        err << "zellick-sim: --screen-height needs a height of at least " << kMinScreenHeight
+            << " points\n";
         return 2;
       }
       options.screenHeight = *h;

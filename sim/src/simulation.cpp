@@ -15,7 +15,9 @@ std::set<std::string> counterResources() {
   return files;
 }
 
-double screenHeight(const World& world) { return std::max(world.options().screenHeight, kMinScreenHeight); }
+double screenHeight(const World& world) {
+  return std::max(world.options().screenHeight, kMinScreenHeight);
+}
 
 }  // namespace
 
@@ -32,8 +34,8 @@ Process::Process(World& world)
       tracker_(world.events()),
       screen_({0, 0, kScreenWidth, screenHeight(world)}, counterInterface(screenHeight(world)),
               world.events()) {
-  CounterServices services{runLoop_, world.clock(), notifications_, world.defaults(), sound_,
-                           bundle_,  log_,          screen_.alerts(), screens_,       tracker_};
+  CounterServices services{runLoop_, world.clock(), notifications_,   world.defaults(), sound_,
+                           bundle_,  log_,          screen_.alerts(), screens_,         tracker_};
   controller_ = std::make_unique<ZellickViewController>(services, counterViews(screen_));
   bindCounter(screen_, *controller_);
   controller_->viewDidLoad();

@@ -63,20 +63,25 @@ class RealScreen : public testing::Test {
   }
 
   QPoint centreOf(const View& view) const {
-    return app->screen().toWindow(QPointF(view.frame().center().x, view.frame().center().y)).toPoint();
+    return app->screen()
+        .toWindow(QPointF(view.frame().center().x, view.frame().center().y))
+        .toPoint();
   }
   QPoint background() const { return app->screen().toWindow(QPointF(5, 5)).toPoint(); }
   // Whether `what` ("sound NAME", "track TAG") happened since the last look.
   bool saw(const std::string& what) {
     const auto recent = events.takeNew();
-    return std::any_of(recent.begin(), recent.end(), [&](const std::string& e) { return e.ends_with(" " + what); });
+    return std::any_of(recent.begin(), recent.end(),
+                       [&](const std::string& e) { return e.ends_with(" " + what); });
   }
   double drawnY(const char* wheel) const {
     return frameInRoot(app->screen().imageView(wheel)->item(), app->screen().rootItem()).y;
   }
   double digitY(int digit) const { return c->initialPositionOfNumbers - digit * kDigitCellHeight; }
   QQuickItem* item(const char* label) const { return app->screen().label(label)->item(); }
-  QString colour(const char* label) const { return item(label)->property("color").value<QColor>().name(); }
+  QString colour(const char* label) const {
+    return item(label)->property("color").value<QColor>().name();
+  }
   void expectLocked(bool locked) const {
     for (Button* b : {c->ButtonMinus, c->ButtonReset, c->ButtonB, c->ButtonC})
       EXPECT_EQ(b->userInteractionEnabled(), !locked);
@@ -144,14 +149,16 @@ TEST_F(RealScreen, ReleasesRunByTheKindOfButton) {
     const char* button;
     bool releaseInside;
     bool takesTouches;
-    const char* effect;  // what the release (for Reset, the action; for a passed touch, the screen) does
+    const char*
+        effect;  // what the release (for Reset, the action; for a passed touch, the screen) does
     bool runs;
   };
-  const Case cases[] = {{"ButtonAdd", false, true, "sound ButtonLetUp", true},
-                        {"ButtonB", true, true, "sound Counter Click3", true},
-                        {"ButtonB", true, false, "track Touch began on timer", true},  // B is the memory shown
-                        {"ButtonReset", false, true, "sound ResetButton", false},
-                        {"ButtonReset", true, true, "sound ResetButton", true}};
+  const Case cases[] = {
+      {"ButtonAdd", false, true, "sound ButtonLetUp", true},
+      {"ButtonB", true, true, "sound Counter Click3", true},
+      {"ButtonB", true, false, "track Touch began on timer", true},  // B is the memory shown
+      {"ButtonReset", false, true, "sound ResetButton", false},
+      {"ButtonReset", true, true, "sound ResetButton", true}};
   for (const Case& k : cases) {
     events.takeNew();
     Button* b = app->screen().button(k.button);
@@ -164,8 +171,10 @@ TEST_F(RealScreen, ReleasesRunByTheKindOfButton) {
     EXPECT_FALSE(b->isHighlighted());
     if (b == c->ButtonAdd) expectLocked(false);
   }
-  EXPECT_EQ(app->screen().button("ButtonA")->item()->property("source").toUrl(), QUrl("image://art/a-up"));
-  EXPECT_EQ(app->screen().button("ButtonB")->item()->property("source").toUrl(), QUrl("image://art/b-down"));
+  EXPECT_EQ(app->screen().button("ButtonA")->item()->property("source").toUrl(),
+            QUrl("image://art/a-up"));
+  EXPECT_EQ(app->screen().button("ButtonB")->item()->property("source").toUrl(),
+            QUrl("image://art/b-down"));
 }
 
 // The pressed pictures are no part of the first frame; once it is out they load, and until
@@ -173,7 +182,8 @@ TEST_F(RealScreen, ReleasesRunByTheKindOfButton) {
 TEST_F(RealScreen, PressedPicturesLoadAfterTheFirstFrame) {
   QQuickItem* add = app->screen().button("ButtonAdd")->item();
   QQuickItem* info = app->screen().button("ButtonInfo")->item();
-  ASSERT_TRUE(waitFor([&] { return app->screen().rootItem()->property("firstFrameShown").toBool(); }));
+  ASSERT_TRUE(
+      waitFor([&] { return app->screen().rootItem()->property("firstFrameShown").toBool(); }));
   add->setProperty("highlighted", true);
   info->setProperty("highlighted", true);
   ASSERT_TRUE(waitFor([&] { return add->property("pressedShown").toBool(); }));
@@ -191,7 +201,8 @@ TEST_F(RealScreen, PressedPicturesLoadAfterTheFirstFrame) {
 TEST_F(RealScreen, DoubleTapOnTheClockAsksAndYesResetsIt) {
   c->Ass = 5;
   c->ShowOnLabel();
-  EXPECT_EQ(find(window->contentItem(), "QuestionOverlay"), nullptr) << "built only when first asked";
+  EXPECT_EQ(find(window->contentItem(), "QuestionOverlay"), nullptr)
+      << "built only when first asked";
   QQuickItem* overlay = app->screen().questionOverlay();
   ASSERT_NE(overlay, nullptr);
   EXPECT_EQ(app->screen().questionOverlay(), overlay) << "built once";
@@ -211,7 +222,8 @@ TEST_F(RealScreen, DoubleTapOnTheClockAsksAndYesResetsIt) {
   QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonAdd));
   EXPECT_EQ(c->total, 1234) << "the screen beneath ignores touches while the question shows";
 
-  QTest::mouseClick(window, Qt::LeftButton, {}, yes->mapToScene(QPointF(yes->width() / 2, yes->height() / 2)).toPoint());
+  QTest::mouseClick(window, Qt::LeftButton, {},
+                    yes->mapToScene(QPointF(yes->width() / 2, yes->height() / 2)).toPoint());
   EXPECT_FALSE(overlay->isVisible());
   EXPECT_EQ(item("LabelTimer")->property("text").toString(), "00:00:00");
 

@@ -13,8 +13,8 @@ TEST_F(CounterTest, TicksCarrySecondsIntoMinutesIntoUnboundedHours) {
   const struct {
     int h, m, s;
     const char* after;  // one tick later
-  } cases[] = {{0, 0, 0, "00:00:01"},  {0, 0, 59, "00:01:00"},  {0, 58, 59, "00:59:00"},
-               {0, 59, 59, "01:00:00"}, {9, 5, 3, "09:05:04"},  {10, 0, 0, "10:00:01"},
+  } cases[] = {{0, 0, 0, "00:00:01"},    {0, 0, 59, "00:01:00"}, {0, 58, 59, "00:59:00"},
+               {0, 59, 59, "01:00:00"},  {9, 5, 3, "09:05:04"},  {10, 0, 0, "10:00:01"},
                {99, 59, 59, "100:00:00"}};
   for (const auto& k : cases) {
     SCOPED_TRACE(k.after);
@@ -33,13 +33,18 @@ TEST_F(CounterTest, RateTakesHoursAsMinutesAndTruncates) {
     int numerator, h, m, s, tap;
     const char* text;  // null: the label keeps what it had
   } cases[] = {
-      {30, 0, 2, 0, 1, "15/min"},        {30, 0, 2, 0, 2, "900/hour"},
-      {7, 0, 0, 3, 3, "201600/day"},     {10, 1, 0, 0, 2, "600/hour"},
-      {120, 2, 0, 0, 1, "60/min"},       // two hours count as two minutes
-      {9999, 0, 0, 1, 3, "863913600/day"}, {-1, 0, 0, 7, 1, "-8/min"},
+      {30, 0, 2, 0, 1, "15/min"},
+      {30, 0, 2, 0, 2, "900/hour"},
+      {7, 0, 0, 3, 3, "201600/day"},
+      {10, 1, 0, 0, 2, "600/hour"},
+      {120, 2, 0, 0, 1, "60/min"},  // two hours count as two minutes
+      {9999, 0, 0, 1, 3, "863913600/day"},
+      {-1, 0, 0, 7, 1, "-8/min"},
       {40000, 0, 0, 2, 3, "-419483648/day"},  // the product wraps at 32 bits
-      {5, 0, 0, 0, 1, "0/min"},          {5, 0, 0, 0, 2, "0/hour"},
-      {5, 0, 0, 0, 3, "0/day"},          {5, 0, 0, 0, 4, nullptr},
+      {5, 0, 0, 0, 1, "0/min"},
+      {5, 0, 0, 0, 2, "0/hour"},
+      {5, 0, 0, 0, 3, "0/day"},
+      {5, 0, 0, 0, 4, nullptr},
       {5, 0, 1, 0, 4, nullptr},
   };
   for (const auto& k : cases) {
@@ -79,8 +84,8 @@ TEST_F(CounterTest, SingleTapsStartAndStopTheShownMemorysClockOnly) {
   p().touch("baseImageView", 2);  // elsewhere: only the tracker hears of it
   EXPECT_THAT(events(), ElementsAre("t=1 track Touch began on timer"));
   p().touch("LabelTimer", 1);  // A's clock starts at t=1
-  EXPECT_THAT(events("track"), ElementsAre("t=1 track Touch began on timer",
-                                           "t=1 track Touch ended on timer"));
+  EXPECT_THAT(events("track"),
+              ElementsAre("t=1 track Touch began on timer", "t=1 track Touch ended on timer"));
   EXPECT_EQ(c().isStartedTimerA, 1);
   EXPECT_TRUE(lit());
   wait(1);
@@ -108,8 +113,10 @@ TEST_F(CounterTest, DoubleTapStopsTheClockAndAsksToResetIt) {
     int seconds, answer;  // answer 0 is "Yes", 1 "No", -1 no question
     bool resumes;         // a second after the answer
   } cases[] = {
-      {"RunningYes", true, 5, 0, false},   {"RunningNo", true, 5, 1, true},
-      {"StoppedYes", false, 5, 0, false},  {"StoppedNo", false, 5, 1, false},
+      {"RunningYes", true, 5, 0, false},
+      {"RunningNo", true, 5, 1, true},
+      {"StoppedYes", false, 5, 0, false},
+      {"StoppedNo", false, 5, 1, false},
       {"StoppedAtZeroAsksNothing", false, 0, -1, false},
   };
   for (const auto& k : cases) {

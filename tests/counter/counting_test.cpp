@@ -5,11 +5,11 @@ namespace {
 
 struct CountCase {
   const char* name;
-  bool add;                // else Minus
-  int id;                  // the current memory; 0 and 7 name none
-  int total, numerator;    // the count and the current memory's rate numerator, before and after
+  bool add;              // else Minus
+  int id;                // the current memory; 0 and 7 name none
+  int total, numerator;  // the count and the current memory's rate numerator, before and after
   int wantTotal, wantNumerator;
-  const char* locked;      // while the button is held
+  const char* locked;  // while the button is held
 };
 
 TEST_F(CounterTest, AddAndMinusWrapMoveTheRateAndLockTheOthersWhileHeld) {
@@ -67,9 +67,9 @@ TEST_F(CounterTest, ClicksOverlapAndAddClicksOnlyWhenPressed) {
   c().Add();  // not through the button, so not highlighted: counts silently
   EXPECT_EQ(c().total, 3);
   const auto e = events();
-  EXPECT_THAT(only(e, "sound"), ElementsAre("t=1 sound Counter Click2", "t=1 sound ButtonLetUp",
-                                            "t=1.03 sound Counter Click2",
-                                            "t=1.03 sound ButtonLetUp"));
+  EXPECT_THAT(only(e, "sound"),
+              ElementsAre("t=1 sound Counter Click2", "t=1 sound ButtonLetUp",
+                          "t=1.03 sound Counter Click2", "t=1.03 sound ButtonLetUp"));
   EXPECT_THAT(only(e, "stop"), IsEmpty()) << "no click cuts another off";
 }
 

@@ -33,7 +33,9 @@ class PersistenceTest : public CounterTest {
 TEST_F(PersistenceTest, EveryFieldComesBackAndIsSavedAgainAsItWas) {
   Saved saved = {{"Counters", ints({1, 1234, 3})},
                  {"Timers", ints({123, 4, 5, 150, 7, 8, 0, 0, 9, 0, 1, 0})},  // B runs
-                 {"TotalForAvg", ints({-2, 0, 7})}, {"ButtonId", 2LL}, {"TapValue", 3LL}};
+                 {"TotalForAvg", ints({-2, 0, 7})},
+                 {"ButtonId", 2LL},
+                 {"TapValue", 3LL}};
   store().replaceAll(saved);
   sim().restart();
   events();
@@ -64,8 +66,11 @@ TEST_F(PersistenceTest, CatchUpAddsTheTimeAwayToRunningClocksOnly) {
       // 3725.9 s is 1:02:05 and a fraction; on 0:59:50 that carries into 2:01:55.
       {"WorkedExample", {0, 59, 50, 0, 0, 0, 0, 0, 30, 1, 0, 0}, 3725.9, "02:01:55", true},
       {"StartedAtZeroIsNotRestarted", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 0.5, "00:00:00", false},
-      {"CarriesAtExactlyAMinuteAndAnHour", {0, 59, 55, 0, 0, 0, 0, 0, 0, 1, 0, 0}, 3605,
-       "02:00:00", true},
+      {"CarriesAtExactlyAMinuteAndAnHour",
+       {0, 59, 55, 0, 0, 0, 0, 0, 0, 1, 0, 0},
+       3605,
+       "02:00:00",
+       true},
       {"AClockSetBack", {0, 10, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0}, -7200, "00:10:00", true},
   };
   for (const auto& k : cases) {
@@ -88,17 +93,21 @@ struct StoreCase {
   const char* key;
   DefaultsValue stored;
   std::optional<DefaultsValue> want = std::nullopt;  // what is held and saved next, if not `stored`
-  const char* damage = nullptr;  // what each report of damage says
+  const char* damage = nullptr;                      // what each report of damage says
   size_t reports = 1;
 };
 
 TEST_F(PersistenceTest, MissingKeysReadAsDefaultsAndDamagedValuesAsZeroKeepingTheRest) {
   const Saved defaults = {{"Counters", ints({0, 0, 0})},
                           {"Timers", ints({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0})},
-                          {"TotalForAvg", ints({0, 0, 0})}, {"ButtonId", 1LL}, {"TapValue", 1LL}};
+                          {"TotalForAvg", ints({0, 0, 0})},
+                          {"ButtonId", 1LL},
+                          {"TapValue", 1LL}};
   const Saved intact = {{"Counters", ints({1, 2, 3})},
                         {"Timers", ints({4, 5, 6, 7, 8, 9, 10, 11, 12, 1, 0, 0})},  // A runs
-                        {"TotalForAvg", ints({13, 14, 15})}, {"ButtonId", 2LL}, {"TapValue", 3LL}};
+                        {"TotalForAvg", ints({13, 14, 15})},
+                        {"ButtonId", 2LL},
+                        {"TapValue", 3LL}};
   const StoreCase cases[] = {
       {"FirstStart", false, nullptr, {}},
       {"OnlyCounts", false, "Counters", ints({4, 5, 6})},

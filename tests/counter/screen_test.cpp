@@ -8,10 +8,10 @@ TEST_F(CounterTest, LayoutFollowsTheBodyBetweenEqualBlackBands) {
     const char* name;
     double x, y;  // the centre, as fractions of the 320x460 body
   } centres[] = {
-      {"ButtonAdd", 0.5, 1 / 1.184},    {"ButtonMinus", 1 / 6.0, 1 / 1.112},
+      {"ButtonAdd", 0.5, 1 / 1.184},       {"ButtonMinus", 1 / 6.0, 1 / 1.112},
       {"ButtonReset", 1 / 1.302, 1 / 4.6}, {"ButtonC", 1 / 2.18, 1 / 4.7},
-      {"ButtonB", 1 / 3.0, 1 / 4.7},    {"ButtonA", 1 / 4.8, 1 / 4.7},
-      {"ButtonInfo", 1 / 6.0, 1 / 9.7}, {"LabelTimer", 0.5, 1 / 9.7},
+      {"ButtonB", 1 / 3.0, 1 / 4.7},       {"ButtonA", 1 / 4.8, 1 / 4.7},
+      {"ButtonInfo", 1 / 6.0, 1 / 9.7},    {"LabelTimer", 0.5, 1 / 9.7},
       {"LabelAvg", 1 / 1.33, 1 / 9.7},
   };
   for (double screenHeight : {480.0, 568.0}) {

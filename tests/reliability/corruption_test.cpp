@@ -7,8 +7,8 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QFileInfo>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 
 #include <cmath>
@@ -69,37 +69,91 @@ std::vector<Case> cases() {
   const Expect anyScalar{};
   std::vector<Case> c = {
       {"Counters missing", setLine("Counters", ""), {{"Counters", zeros3}}, "Counters"},
-      {"Counters short", setLine("Counters", "Counters=11, 22"), {{"Counters", {Ints{11, 22, 0}}}}, "Counters"},
-      {"Counters long", setLine("Counters", "Counters=11, 22, 33, 44"), {{"Counters", {kCounters, true}}}, "Counters"},
-      {"Counters garbage element", setLine("Counters", "Counters=11, zz, 33"), {{"Counters", {Ints{11, 0, 33}}}}, "Counters"},
-      {"Counters wrong type", setLine("Counters", "Counters=hello"), {{"Counters", zeros3}}, "Counters"},
-      {"Counters garbage", setLine("Counters", "Counters=@Variant(\\xff\\xff\\xff)"), {{"Counters", zeros3}}, "Counters"},
+      {"Counters short",
+       setLine("Counters", "Counters=11, 22"),
+       {{"Counters", {Ints{11, 22, 0}}}},
+       "Counters"},
+      {"Counters long",
+       setLine("Counters", "Counters=11, 22, 33, 44"),
+       {{"Counters", {kCounters, true}}},
+       "Counters"},
+      {"Counters garbage element",
+       setLine("Counters", "Counters=11, zz, 33"),
+       {{"Counters", {Ints{11, 0, 33}}}},
+       "Counters"},
+      {"Counters wrong type",
+       setLine("Counters", "Counters=hello"),
+       {{"Counters", zeros3}},
+       "Counters"},
+      {"Counters garbage",
+       setLine("Counters", "Counters=@Variant(\\xff\\xff\\xff)"),
+       {{"Counters", zeros3}},
+       "Counters"},
       {"Timers missing", setLine("Timers", ""), {{"Timers", zeros12}}, "Timers"},
-      {"Timers short", setLine("Timers", "Timers=1, 2, 3, 4, 5, 6"), {{"Timers", {Ints{1, 2, 3, 4, 5, 6, 0, 0, 0, 0, 0, 0}}}}, "Timers"},
-      {"Timers long", setLine("Timers", "Timers=1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0, 77"), {{"Timers", {kTimers, true}}}, "Timers"},
-      {"Timers garbage element", setLine("Timers", "Timers=1, 2, 3, 4, 5, ?, 7, 8, 9, 0, 0, 0"),
-       {{"Timers", {Ints{1, 2, 3, 4, 5, 0, 7, 8, 9, 0, 0, 0}}}}, "Timers"},
+      {"Timers short",
+       setLine("Timers", "Timers=1, 2, 3, 4, 5, 6"),
+       {{"Timers", {Ints{1, 2, 3, 4, 5, 6, 0, 0, 0, 0, 0, 0}}}},
+       "Timers"},
+      {"Timers long",
+       setLine("Timers", "Timers=1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0, 77"),
+       {{"Timers", {kTimers, true}}},
+       "Timers"},
+      {"Timers garbage element",
+       setLine("Timers", "Timers=1, 2, 3, 4, 5, ?, 7, 8, 9, 0, 0, 0"),
+       {{"Timers", {Ints{1, 2, 3, 4, 5, 0, 7, 8, 9, 0, 0, 0}}}},
+       "Timers"},
       {"Timers wrong type", setLine("Timers", "Timers=12"), {{"Timers", zeros12}}, "Timers"},
       {"TotalForAvg missing", setLine("TotalForAvg", ""), {{"TotalForAvg", zeros3}}, "TotalForAvg"},
-      {"TotalForAvg short", setLine("TotalForAvg", "TotalForAvg=4, 5"), {{"TotalForAvg", {Ints{4, 5, 0}}}}, "TotalForAvg"},
-      {"TotalForAvg long", setLine("TotalForAvg", "TotalForAvg=4, 5, 6, 7, 8"), {{"TotalForAvg", {kTotalForAvg, true}}}, "TotalForAvg"},
-      {"TotalForAvg garbage", setLine("TotalForAvg", "TotalForAvg=\\x1\\x2"), {{"TotalForAvg", zeros3}}, "TotalForAvg"},
+      {"TotalForAvg short",
+       setLine("TotalForAvg", "TotalForAvg=4, 5"),
+       {{"TotalForAvg", {Ints{4, 5, 0}}}},
+       "TotalForAvg"},
+      {"TotalForAvg long",
+       setLine("TotalForAvg", "TotalForAvg=4, 5, 6, 7, 8"),
+       {{"TotalForAvg", {kTotalForAvg, true}}},
+       "TotalForAvg"},
+      {"TotalForAvg garbage",
+       setLine("TotalForAvg", "TotalForAvg=\\x1\\x2"),
+       {{"TotalForAvg", zeros3}},
+       "TotalForAvg"},
       {"ButtonId missing", setLine("ButtonId", ""), {{"ButtonId", {Ints{1}}}}, "ButtonId"},
-      {"ButtonId wrong type", setLine("ButtonId", "ButtonId=1, 2"), {{"ButtonId", anyScalar}}, "ButtonId"},
-      {"ButtonId garbage", setLine("ButtonId", "ButtonId=@Variant(\\0)"), {{"ButtonId", anyScalar}}, "ButtonId"},
+      {"ButtonId wrong type",
+       setLine("ButtonId", "ButtonId=1, 2"),
+       {{"ButtonId", anyScalar}},
+       "ButtonId"},
+      {"ButtonId garbage",
+       setLine("ButtonId", "ButtonId=@Variant(\\0)"),
+       {{"ButtonId", anyScalar}},
+       "ButtonId"},
       {"TapValue missing", setLine("TapValue", ""), {{"TapValue", {Ints{1}}}}, "TapValue"},
-      {"TapValue garbage", setLine("TapValue", "TapValue=three"), {{"TapValue", anyScalar}}, "TapValue"},
+      {"TapValue garbage",
+       setLine("TapValue", "TapValue=three"),
+       {{"TapValue", anyScalar}},
+       "TapValue"},
       {"DateOfInactive missing", setLine("DateOfInactive", ""), {}, "DateOfInactive"},
-      {"DateOfInactive wrong type", setLine("DateOfInactive", "DateOfInactive=5, 6"), {}, "DateOfInactive"},
-      {"DateOfInactive garbage", setLine("DateOfInactive", "DateOfInactive=@DateTime(zz)"), {}, "DateOfInactive"},
-      {"junk lines between keys", [](QByteArray t) { return t.replace("\nTapValue=", "\n=====\n\x01\x02 junk\nTapValue="); }, {}},
-      {"junk section at the end", [](QByteArray t) { return t + "\n[[[junk\nCounters=9, 9, 9\n"; }, {}},
+      {"DateOfInactive wrong type",
+       setLine("DateOfInactive", "DateOfInactive=5, 6"),
+       {},
+       "DateOfInactive"},
+      {"DateOfInactive garbage",
+       setLine("DateOfInactive", "DateOfInactive=@DateTime(zz)"),
+       {},
+       "DateOfInactive"},
+      {"junk lines between keys",
+       [](QByteArray t) { return t.replace("\nTapValue=", "\n=====\n\x01\x02 junk\nTapValue="); },
+       {}},
+      {"junk section at the end",
+       [](QByteArray t) { return t + "\n[[[junk\nCounters=9, 9, 9\n"; },
+       {}},
   };
   Case empty{"empty file", replaceAll(""), {}};
   Case junk{"binary junk file", replaceAll(QByteArray("\x00\xff\xfe junk\n\x7f=\x01\n", 13)), {}};
   for (Case* whole : {&empty, &junk}) {
-    whole->expect = {{"Counters", zeros3}, {"Timers", zeros12}, {"TotalForAvg", zeros3},
-                     {"ButtonId", {Ints{1}}}, {"TapValue", {Ints{1}}}};
+    whole->expect = {{"Counters", zeros3},
+                     {"Timers", zeros12},
+                     {"TotalForAvg", zeros3},
+                     {"ButtonId", {Ints{1}}},
+                     {"TapValue", {Ints{1}}}};
     c.push_back(*whole);
   }
   return c;
@@ -127,14 +181,15 @@ QByteArray baseFile(const QTemporaryDir& dir) {
 }
 
 // Problems with `key` in the saved file against what was expected of it.
-void check(const zellick::UserDefaults& d, const std::string& key, const Ints& original, const Expect& e,
-           std::vector<std::string>& problems) {
+void check(const zellick::UserDefaults& d, const std::string& key, const Ints& original,
+           const Expect& e, std::vector<std::string>& problems) {
   std::vector<std::string> found;
   Ints got;
   if (original.size() > 1) {
     got = zellick::test::readInts(d, key.c_str(), original.size(), found);
     if (e.extraAllowed && got.size() > original.size()) {
-      std::erase_if(found, [](const std::string& p) { return p.find(" elements") != std::string::npos; });
+      std::erase_if(found,
+                    [](const std::string& p) { return p.find(" elements") != std::string::npos; });
       got.resize(original.size());
     }
   } else {
@@ -173,8 +228,10 @@ int main(int argc, char** argv) {
 
   QTemporaryDir dir;
   const QByteArray base = baseFile(dir);
-  const std::map<std::string, Ints> originals = {{"Counters", kCounters}, {"Timers", kTimers},
-                                                 {"TotalForAvg", kTotalForAvg}, {"ButtonId", {kButtonId}},
+  const std::map<std::string, Ints> originals = {{"Counters", kCounters},
+                                                 {"Timers", kTimers},
+                                                 {"TotalForAvg", kTotalForAvg},
+                                                 {"ButtonId", {kButtonId}},
                                                  {"TapValue", {kTapValue}}};
   int failed = 0, ran = 0, logged = 0;
   for (const Case& c : cases()) {
@@ -227,7 +284,7 @@ int main(int argc, char** argv) {
       std::printf("    app log:\n%s\n", err.right(2000).constData());
     }
   }
-  std::printf("corruption test: cases=%d passed=%d failed=%d, logged the damaged key in %d\n", ran, ran - failed,
-              failed, logged);
+  std::printf("corruption test: cases=%d passed=%d failed=%d, logged the damaged key in %d\n", ran,
+              ran - failed, failed, logged);
   return failed == 0 && ran > 0 ? 0 : 1;
 }

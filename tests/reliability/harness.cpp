@@ -64,7 +64,8 @@ SavedState readSaved(const QString& settings, const QString& scratchDir) {
   s.totalForAvg = readInts(d, "TotalForAvg", 3, s.problems);
   for (const char* k : {"ButtonId", "TapValue"}) {
     auto v = d.objectForKey(k);
-    if (!v || !zellick::intValue(*v)) s.problems.push_back(std::string(k) + " missing or not a number");
+    if (!v || !zellick::intValue(*v))
+      s.problems.push_back(std::string(k) + " missing or not a number");
   }
   s.buttonId = static_cast<int>(d.integerForKey("ButtonId"));
   s.tapValue = static_cast<int>(d.integerForKey("TapValue"));

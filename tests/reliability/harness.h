@@ -14,14 +14,13 @@
 
 namespace zellick::test {
 
-
 // Offscreen, silent, with HOME and the config folders inside `dir`, and the settings at `settings`.
 QProcessEnvironment appEnvironment(const QTemporaryDir& dir, const QString& settings);
 
 // The six keys as a fresh reader in a new process would see them.
 struct SavedState {
-  bool present = false;                 // the file exists
-  std::vector<std::string> problems;    // why it is not whole; empty when whole
+  bool present = false;               // the file exists
+  std::vector<std::string> problems;  // why it is not whole; empty when whole
   std::vector<int> counters, timers, totalForAvg;
   int buttonId = 0, tapValue = 0;
   std::optional<zellick::Date> dateOfInactive;

@@ -2,7 +2,8 @@
 // kill that the settings file reads back whole, holding the state before or after the save
 // that was in progress.
 //
-//   zellick_kill_test --app PATH [--kills 200] [--seed N] [--from first-save|start] [--signal kill|term|int]
+//   zellick_kill_test --app PATH [--kills 200] [--seed N] [--from first-save|start] [--signal
+//   kill|term|int]
 //
 // With term or int the app must end normally after one more save of the state it had: the
 // count on disk is then exactly the last one it reported.
@@ -72,7 +73,9 @@ int main(int argc, char** argv) {
   QCoreApplication app(argc, argv);
   Options o;
   if (!parse(app.arguments(), o)) {
-    std::fprintf(stderr, "usage: %s --app PATH [--kills N] [--seed N] [--from first-save|start] [--signal kill|term|int]\n",
+    std::fprintf(stderr,
+                 "usage: %s --app PATH [--kills N] [--seed N] [--from first-save|start] [--signal "
+                 "kill|term|int]\n",
                  argv[0]);
     return 2;
   }
@@ -95,20 +98,23 @@ int main(int argc, char** argv) {
     p.setStandardErrorFile(dir.filePath("app-stderr.log"));
     p.start(o.app, {"--stress-loop", "0"});
     if (!p.waitForStarted(10000)) {
-      std::fprintf(stderr, "kill %d: the app did not start: %s\n", kill, qPrintable(p.errorString()));
+      std::fprintf(stderr, "kill %d: the app did not start: %s\n", kill,
+                   qPrintable(p.errorString()));
       return 1;
     }
     QByteArray out;
     if (!o.fromStart) {
       QElapsedTimer wait;
       wait.start();
-      while (!out.contains("stress: saved") && p.state() == QProcess::Running && wait.elapsed() < 20000) {
+      while (!out.contains("stress: saved") && p.state() == QProcess::Running &&
+             wait.elapsed() < 20000) {
         p.waitForReadyRead(100);
         out += p.readAllStandardOutput();
       }
       if (!out.contains("stress: saved")) {
         ++hung;
-        std::fprintf(stderr, "kill %d: no save reported %.1f s after the start\n", kill, wait.elapsed() / 1000.0);
+        std::fprintf(stderr, "kill %d: no save reported %.1f s after the start\n", kill,
+                     wait.elapsed() / 1000.0);
       }
     }
     QThread::msleep(delayMs(rng));
@@ -122,7 +128,8 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "kill %d: the app did not end on the signal\n", kill);
       p.kill();
       p.waitForFinished();
-    } else if (o.signal != SIGKILL && (p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0)) {
+    } else if (o.signal != SIGKILL &&
+               (p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0)) {
       ++died;
       std::fprintf(stderr, "kill %d: the app did not end normally on the signal\n", kill);
     }
@@ -158,8 +165,8 @@ int main(int argc, char** argv) {
       ++after;
     } else {
       ++wrongCount;
-      std::fprintf(stderr, "kill %d: saved count %d, last confirmed %d (%zu saves this run)\n", kill,
-                   count, reference, totals.size());
+      std::fprintf(stderr, "kill %d: saved count %d, last confirmed %d (%zu saves this run)\n",
+                   kill, count, reference, totals.size());
     }
     if (totals.empty()) ++unsaved;
     previous = count;
@@ -167,10 +174,12 @@ int main(int argc, char** argv) {
 
   const double seconds = clock.elapsed() / 1000.0;
   std::printf(
-      "kill test (signal %d): kills=%d whole=%d torn=%d wrong-count=%d ended-early=%d no-save-in-20s=%d | state before save=%d "
-      "after save=%d, runs killed before their first save=%d, confirmed saves=%lld | %.1f s, seed %u, "
+      "kill test (signal %d): kills=%d whole=%d torn=%d wrong-count=%d ended-early=%d "
+      "no-save-in-20s=%d | state before save=%d "
+      "after save=%d, runs killed before their first save=%d, confirmed saves=%lld | %.1f s, seed "
+      "%u, "
       "delay 50-400 ms from %s\n",
-      o.signal, o.kills, whole, torn, wrongCount, died, hung, before, after, unsaved, saves, seconds, o.seed,
-      o.fromStart ? "process start" : "first save");
+      o.signal, o.kills, whole, torn, wrongCount, died, hung, before, after, unsaved, saves,
+      seconds, o.seed, o.fromStart ? "process start" : "first save");
   return torn == 0 && wrongCount == 0 && died == 0 && hung == 0 ? 0 : 1;
 }

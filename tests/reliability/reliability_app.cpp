@@ -19,7 +19,8 @@ namespace {
 // Quick enough for hundreds of saves a second, slow enough to leave the loop room for events.
 constexpr int kRoundIntervalMs = 3;
 
-void startStressLoop(zellick::ZellickViewController& c, zellick::NotificationCenter& n, long long rounds) {
+void startStressLoop(zellick::ZellickViewController& c, zellick::NotificationCenter& n,
+                     long long rounds) {
   auto* timer = new QTimer(QCoreApplication::instance());
   timer->setInterval(kRoundIntervalMs);
   auto rng = std::make_shared<std::mt19937>(std::random_device{}());
@@ -59,7 +60,8 @@ int main(int argc, char** argv) {
   zellick::ZellickApp zellick(zellick::Environment::fromProcess());
   if (!zellick.launch()) return 1;
   if (firstFrame) {
-    zellick::ui::afterFirstFrame(zellick.window(), zellick.window(), [] { QCoreApplication::quit(); });
+    zellick::ui::afterFirstFrame(zellick.window(), zellick.window(),
+                                 [] { QCoreApplication::quit(); });
   } else {
     startStressLoop(zellick.controller(), zellick.notifications(), rounds);
   }

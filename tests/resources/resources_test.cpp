@@ -1,10 +1,10 @@
 // The shipped artwork, font and synthesised sounds are usable as-is.
 #include <QFile>
 #include <QFontDatabase>
-#include <QRawFont>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
+#include <QRawFont>
 #include <QSvgRenderer>
 
 #include <gtest/gtest.h>
@@ -49,7 +49,8 @@ TEST(Artwork, EveryPictureIsBundledAndDrawsAtItsControlsSize) {
       if (!image.empty()) pictures.emplace_back(image, size);
   }
   // The memory buttons' other pictures.
-  for (const char* image : {"a-up.png", "b-down.png", "c-down.png"}) pictures.emplace_back(image, QSize(36, 30));
+  for (const char* image : {"a-up.png", "b-down.png", "c-down.png"})
+    pictures.emplace_back(image, QSize(36, 30));
   for (const auto& [name, size] : pictures) {
     QSvgRenderer svg(svgOf(name));
     ASSERT_TRUE(svg.isValid()) << name;
@@ -81,16 +82,19 @@ TEST(Artwork, BodyWindowsAreClearWhereTheWheelsStand) {
 }
 
 TEST(Artwork, FontIsBundledWithEveryCharacterTheScreenShows) {
-  const int id = QFontDatabase::addApplicationFont(QStringLiteral(":/fonts/RobotoCondensed-Bold.ttf"));
+  const int id =
+      QFontDatabase::addApplicationFont(QStringLiteral(":/fonts/RobotoCondensed-Bold.ttf"));
   ASSERT_GE(id, 0);
-  EXPECT_TRUE(QFontDatabase::applicationFontFamilies(id).contains(QStringLiteral("Roboto Condensed")));
+  EXPECT_TRUE(
+      QFontDatabase::applicationFontFamilies(id).contains(QStringLiteral("Roboto Condensed")));
   // The bundled font is a subset: the clocks, rates and questions must not fall back.
   QFile file(QStringLiteral(":/fonts/RobotoCondensed-Bold.ttf"));
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
   const QRawFont font(file.readAll(), 17);
   ASSERT_TRUE(font.isValid());
   const QString shown = QStringLiteral(
-      "0123456789:/ minhrday ABCDEFGHIJKLMNOPQRSTUVWXYZ abcdefghijklmnopqrstuvwxyz ?.,'!-\u00e9\u2026");
+      "0123456789:/ minhrday ABCDEFGHIJKLMNOPQRSTUVWXYZ abcdefghijklmnopqrstuvwxyz "
+      "?.,'!-\u00e9\u2026");
   for (const QChar c : shown) EXPECT_TRUE(font.supportsCharacter(c)) << QString(c).toStdString();
 }
 
@@ -107,19 +111,25 @@ TEST(Sounds, EachIsARealUnclippedClickMadeAlikeEveryTime) {
     double minMs, maxMs;
   };
   const Sound sounds[] = {
-      {kClickSound, 35, 70}, {kLetUpSound, 20, 70},           {kMemorySound, 15, 60},
-      {kResetSound, 40, 150}, {kFastClickingSound, 1200, 1600},
+      {kClickSound, 35, 70},
+      {kLetUpSound, 20, 70},
+      {kMemorySound, 15, 60},
+      {kResetSound, 40, 150},
+      {kFastClickingSound, 1200, 1600},
   };
-  const auto fresh = std::filesystem::temp_directory_path() / ("zellick-sounds-" + std::to_string(::getpid()));
+  const auto fresh =
+      std::filesystem::temp_directory_path() / ("zellick-sounds-" + std::to_string(::getpid()));
   const std::string cmd = std::string("\"") + ZELLICK_GEN_SOUNDS + "\" \"" + fresh.string() + "\"";
   ASSERT_EQ(std::system(cmd.c_str()), 0);
   for (const Sound& sound : sounds) {
-    const auto bundled = std::filesystem::path(ZELLICK_BUNDLE_DIR) / (std::string(sound.name) + ".caf");
+    const auto bundled =
+        std::filesystem::path(ZELLICK_BUNDLE_DIR) / (std::string(sound.name) + ".caf");
     SF_INFO info{};
     SNDFILE* f = sf_open(bundled.string().c_str(), SFM_READ, &info);
     ASSERT_NE(f, nullptr) << sound.name;
     std::vector<double> samples(static_cast<std::size_t>(info.frames * info.channels));
-    samples.resize(static_cast<std::size_t>(sf_read_double(f, samples.data(), sf_count_t(samples.size()))));
+    samples.resize(
+        static_cast<std::size_t>(sf_read_double(f, samples.data(), sf_count_t(samples.size()))));
     sf_close(f);
     ASSERT_FALSE(samples.empty()) << sound.name;
     EXPECT_EQ(info.format, SF_FORMAT_CAF | SF_FORMAT_PCM_16) << sound.name;

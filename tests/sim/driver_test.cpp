@@ -40,14 +40,15 @@ std::string writeFile(const std::string& name, const std::string& text) {
 
 TEST(SimDriver, InputRecordsItsEffectsInOrder) {
   // Comments, blank lines and Windows line ends are fine.
-  Outcome r = run("events\r\n# a comment\n\npress ButtonAdd  # Add goes down\nwait 0.3\nrelease ButtonAdd\n"
-                  "touch LabelTimer 2\nevents\n");
+  Outcome r =
+      run("events\r\n# a comment\n\npress ButtonAdd  # Add goes down\nwait 0.3\nrelease ButtonAdd\n"
+          "touch LabelTimer 2\nevents\n");
   EXPECT_EQ(r.status, 0) << r.err;
   auto from = std::find(r.out.begin(), r.out.end(), "t=0 sound Counter Click2");
   ASSERT_GE(r.out.end() - from, 4);
   EXPECT_THAT(std::vector<std::string>(from, from + 4),
-              ElementsAre("t=0 sound Counter Click2", "t=0 track Count", "t=0 move ImageView4 y=98.3 duration=0.3",
-                          "t=0.3 sound ButtonLetUp"));
+              ElementsAre("t=0 sound Counter Click2", "t=0 track Count",
+                          "t=0 move ImageView4 y=98.3 duration=0.3", "t=0.3 sound ButtonLetUp"));
   EXPECT_THAT(r.out, Contains("t=0.3 log tapCount 2"));
   EXPECT_EQ(run("events\nevents\n").out, run("events\n").out);  // only what is new
 }
@@ -91,33 +92,45 @@ TEST(SimDriver, BadLinesAreSkippedWithAMessageAndBadOptionsStopTheRun) {
   }
   Outcome tall = run("state\n", {"--screen-height=568"});
   ASSERT_EQ(tall.status, 0) << tall.err;
-  EXPECT_THAT(tall.out[0], HasSubstr("\"bands\":[{\"x\":0,\"y\":0,\"w\":320,\"h\":54,\"color\":\"black\"},"
-                                     "{\"x\":0,\"y\":514,\"w\":320,\"h\":54,\"color\":\"black\"}]"));
+  EXPECT_THAT(tall.out[0],
+              HasSubstr("\"bands\":[{\"x\":0,\"y\":0,\"w\":320,\"h\":54,\"color\":\"black\"},"
+                        "{\"x\":0,\"y\":514,\"w\":320,\"h\":54,\"color\":\"black\"}]"));
 }
 
 TEST(SimDriver, StateListsEveryFieldInOrderAndTheQuestionOnScreen) {
   // The question is modal: the press and the touch under it go nowhere.
-  Outcome r = run("tap ButtonReset\nwait 0.2\ntap ButtonAdd\ntouch LabelTimer 1\nstate\nanswer 1\nanswer 0\nstate\nevents\n");
+  Outcome r =
+      run("tap ButtonReset\nwait 0.2\ntap ButtonAdd\ntouch LabelTimer 1\nstate\nanswer 1\nanswer "
+          "0\nstate\nevents\n");
   EXPECT_EQ(r.status, 1);  // "answer 1": the notice has one button
   EXPECT_THAT(r.err, HasSubstr("line 6: the question \"NOTICE\" has no button 1"));
   ASSERT_GE(r.out.size(), 2u);
   std::istringstream keys(
-      "t ButtonReset ButtonAdd ButtonA ButtonB ButtonC ButtonInfo ButtonMinus ImageView1 ImageView2 ImageView3 "
-      "ImageView4 LabelTimer LabelAvg TimerForLabelA TimerForLabelB TimerForLabelC alertView total value totalA "
-      "totalB totalC buttonId previousTotal previousValue remainder1 remainder2 remainder3 remainder4 timer1 timer2 "
-      "timer3 timer4 ResetTimer player IsMinusClicked IsResetClicked Ahh Bhh Chh Amm Bmm Cmm Ass Bss Css hh mm ss "
-      "tap totalForAvgA totalForAvgB totalForAvgC timePassed isStartedTimerA isStartedTimerB isStartedTimerC "
-      "CounterArray TimerArray TotalForAvgArray dateOfInactive prefs isTimerA isTimerB isTimerC baseImageView "
-      "backgroundTopGap backgroundLeftGap backgroundWidth backgroundHeight initialPositionOfNumbers alert views");
+      "t ButtonReset ButtonAdd ButtonA ButtonB ButtonC ButtonInfo ButtonMinus ImageView1 "
+      "ImageView2 ImageView3 "
+      "ImageView4 LabelTimer LabelAvg TimerForLabelA TimerForLabelB TimerForLabelC alertView total "
+      "value totalA "
+      "totalB totalC buttonId previousTotal previousValue remainder1 remainder2 remainder3 "
+      "remainder4 timer1 timer2 "
+      "timer3 timer4 ResetTimer player IsMinusClicked IsResetClicked Ahh Bhh Chh Amm Bmm Cmm Ass "
+      "Bss Css hh mm ss "
+      "tap totalForAvgA totalForAvgB totalForAvgC timePassed isStartedTimerA isStartedTimerB "
+      "isStartedTimerC "
+      "CounterArray TimerArray TotalForAvgArray dateOfInactive prefs isTimerA isTimerB isTimerC "
+      "baseImageView "
+      "backgroundTopGap backgroundLeftGap backgroundWidth backgroundHeight "
+      "initialPositionOfNumbers alert views");
   std::size_t at = 0;
   for (std::string k; keys >> k;) {
     at = r.out[0].find((k == "t" ? "{\"" : ",\"") + k + "\":", at);
     ASSERT_NE(at, std::string::npos) << "missing or out of order: " << k;
   }
-  EXPECT_THAT(r.out[0], AllOf(HasSubstr("\"ButtonAdd\":\"ButtonAdd\","), HasSubstr("\"TimerForLabelA\":false,"),
-                              HasSubstr("\"total\":0,")));
-  EXPECT_THAT(r.out[0], HasSubstr("\"alert\":{\"title\":\"NOTICE\",\"message\":\"Counter is already reset to 0000\","
-                                  "\"buttons\":[\"OK\"],\"tag\":0}"));
+  EXPECT_THAT(r.out[0], AllOf(HasSubstr("\"ButtonAdd\":\"ButtonAdd\","),
+                              HasSubstr("\"TimerForLabelA\":false,"), HasSubstr("\"total\":0,")));
+  EXPECT_THAT(
+      r.out[0],
+      HasSubstr("\"alert\":{\"title\":\"NOTICE\",\"message\":\"Counter is already reset to 0000\","
+                "\"buttons\":[\"OK\"],\"tag\":0}"));
   EXPECT_THAT(r.out[1], HasSubstr("\"alert\":null"));
   EXPECT_THAT(r.out, Contains("t=0.2 answer 0"));
 }
@@ -127,8 +140,8 @@ TEST(SimDriver, DefaultsFileScriptFileRestartAndSleep) {
       "zellick_defaults.json",
       "{\"Counters\": [12, 0, 0], \"ButtonId\": 1, \"Timers\": [0,59,50, 0,0,0, 0,0,0, 1,0,0],\n"
       " \"DateOfInactive\": {\"date\": 1800000000.0}, \"TapValue\": 2}");
-  const std::string script =
-      writeFile("zellick_script.txt", "state\ndefaults\ntap ButtonAdd\nresign\nrestart\nwait 0.5\nstate\n");
+  const std::string script = writeFile(
+      "zellick_script.txt", "state\ndefaults\ntap ButtonAdd\nresign\nrestart\nwait 0.5\nstate\n");
   Outcome r = run("", {"--defaults", defaults, script});
   ASSERT_EQ(r.status, 0) << r.err;
   ASSERT_EQ(r.out.size(), 3u);
@@ -136,13 +149,14 @@ TEST(SimDriver, DefaultsFileScriptFileRestartAndSleep) {
   EXPECT_EQ(r.out[1],
             "{\"ButtonId\":1,\"Counters\":[12,0,0],\"DateOfInactive\":{\"date\":1800000000.0},"
             "\"TapValue\":2,\"Timers\":[0,59,50,0,0,0,0,0,0,1,0,0]}");
-  EXPECT_THAT(r.out[2],
-              AllOf(HasSubstr("{\"t\":0.5,"), HasSubstr("\"total\":13,"), HasSubstr("\"TimerForLabelA\":true")));
+  EXPECT_THAT(r.out[2], AllOf(HasSubstr("{\"t\":0.5,"), HasSubstr("\"total\":13,"),
+                              HasSubstr("\"TimerForLabelA\":true")));
 
   // Saved at the epoch; 3725.9 s of sleep before the activation are caught up.
   r = run("sleep 3725.9\nactivate\nwait 0.5\nstate\n", {"--defaults=" + defaults});
   ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_THAT(r.out.back(), AllOf(HasSubstr("\"Ahh\":2,"), HasSubstr("\"Amm\":1,"), HasSubstr("\"Ass\":55,")));
+  EXPECT_THAT(r.out.back(),
+              AllOf(HasSubstr("\"Ahh\":2,"), HasSubstr("\"Amm\":1,"), HasSubstr("\"Ass\":55,")));
 }
 
 }  // namespace

@@ -27,7 +27,8 @@ TEST(DefaultsJson, EveryValueTypeIsKeptAndRoundTripsThroughJsonExactly) {
       {"date", Date{1800000123.456}, "{\"date\":1800000123.456}"},
       {"empty array", DefaultsArray{}, "[]"},
       {"mixed nested array",
-       DefaultsArray{1LL, 2.5, false, std::string("x"), Date{5}, DefaultsArray{DefaultsArray{}, 0LL}},
+       DefaultsArray{1LL, 2.5, false, std::string("x"), Date{5},
+                     DefaultsArray{DefaultsArray{}, 0LL}},
        "[1,2.5,false,\"x\",{\"date\":5.0},[[],0]]"},
   };
   MemoryDefaults store;

@@ -19,10 +19,12 @@ TEST(ArtworkCache, HitsAreServedAndDamagedFilesRenderedAfreshAndRepaired) {
   QFile svg(QStringLiteral(":/images/minus-up.svg"));
   if (!svg.open(QIODevice::ReadOnly)) GTEST_SKIP() << "artwork not linked in";
   const QSize requested(54, 54);
-  const QImage expected = ArtworkProvider().requestImage(QStringLiteral("minus-up"), nullptr, requested);
+  const QImage expected =
+      ArtworkProvider().requestImage(QStringLiteral("minus-up"), nullptr, requested);
   ASSERT_FALSE(expected.isNull());
   QTemporaryDir dir;
-  const QString file = dir.filePath(artworkCacheName(QStringLiteral("minus-up"), requested, bundledArtworkBytes(QStringLiteral("minus-up"))));
+  const QString file = dir.filePath(artworkCacheName(
+      QStringLiteral("minus-up"), requested, bundledArtworkBytes(QStringLiteral("minus-up"))));
   const auto request = [&](QSize* natural = nullptr) {
     return ArtworkProvider(dir.path()).requestImage(QStringLiteral("minus-up"), natural, requested);
   };
@@ -63,9 +65,11 @@ TEST(ArtworkCache, HitsAreServedAndDamagedFilesRenderedAfreshAndRepaired) {
 
 // Renderings shipped with the app come first; a damaged one is passed over, never written to.
 TEST(ArtworkCache, ShippedRenderingsComeFirstAndAreOnlyRead) {
-  if (bundledArtworkBytes(QStringLiteral("minus-up")).isEmpty()) GTEST_SKIP() << "artwork not linked in";
+  if (bundledArtworkBytes(QStringLiteral("minus-up")).isEmpty())
+    GTEST_SKIP() << "artwork not linked in";
   const QSize requested(54, 54);
-  const QString name = artworkCacheName(QStringLiteral("minus-up"), requested, bundledArtworkBytes("minus-up"));
+  const QString name =
+      artworkCacheName(QStringLiteral("minus-up"), requested, bundledArtworkBytes("minus-up"));
   QTemporaryDir shipped, cache;
   QImage blue(54, 54, QImage::Format_ARGB32_Premultiplied), green = blue;
   blue.fill(Qt::blue);
@@ -83,7 +87,8 @@ TEST(ArtworkCache, ShippedRenderingsComeFirstAndAreOnlyRead) {
   QFile::remove(cache.filePath(name));
   const QImage rendered = provider.requestImage(QStringLiteral("minus-up"), nullptr, requested);
   EXPECT_EQ(rendered.size(), requested);
-  EXPECT_EQ(readArtworkCache(cache.filePath(name), nullptr), rendered) << "the rendering goes to the cache";
+  EXPECT_EQ(readArtworkCache(cache.filePath(name), nullptr), rendered)
+      << "the rendering goes to the cache";
   EXPECT_EQ(QFileInfo(shipped.filePath(name)).size(), 4) << "the shipped folder is left alone";
 }
 

@@ -132,7 +132,9 @@ TEST_F(GlyphLabelOnScreen, CentredInItsFrameAtTheScreensResolution) {
   const struct {
     double scale;
     QString text;
-  } cases[] = {{1, QStringLiteral("00:00:00")}, {2, QStringLiteral("00:00:00")}, {1.125, QStringLiteral("0/min")}};
+  } cases[] = {{1, QStringLiteral("00:00:00")},
+               {2, QStringLiteral("00:00:00")},
+               {1.125, QStringLiteral("0/min")}};
   double heightAtOne = 0;
   for (const auto& k : cases) {
     scaled.setScale(k.scale);

@@ -24,7 +24,8 @@ using fake::RecordingLog;
 using namespace ui;
 
 // Frames are in the root's coordinates whatever containers lie between; moves report their
-// target at once, get there on Qt's animation clock, and a jump or a new move replaces a running one.
+// target at once, get there on Qt's animation clock, and a jump or a new move replaces a running
+// one.
 TEST(ImageView, PlacesThroughContainersAndGetsToTheLastTargetAskedFor) {
   SteppedAnimationDriver driver;
   driver.install();
@@ -83,11 +84,17 @@ TEST(Questions, OneAtATimeWithTheAnswerIndexAndTag) {
   QQuickItem overlay;  // no answered() signal here: answers are sent through the slot by name
   RecordingLog log;
   int built = 0, prepared = 0;
-  QtAlertPresenter alerts([&] { ++built; return &overlay; }, log);
+  QtAlertPresenter alerts(
+      [&] {
+        ++built;
+        return &overlay;
+      },
+      log);
   alerts.setBeforeShow([&] { ++prepared; });
   EXPECT_EQ(built, 0) << "the overlay is built for the first question, not before";
   std::vector<std::pair<int, int>> answers;  // tag, index
-  auto first = std::make_shared<AlertView>("RESET TIMER", "?", std::vector<std::string>{"Yes", "No"});
+  auto first =
+      std::make_shared<AlertView>("RESET TIMER", "?", std::vector<std::string>{"Yes", "No"});
   first->setTag(201);
   alerts.show(first, [&](AlertView& a, int i) { answers.emplace_back(a.tag(), i); });
   alerts.show(std::make_shared<AlertView>("NOTICE", "!", std::vector<std::string>{"OK"}), nullptr);
@@ -109,7 +116,12 @@ TEST(Questions, OneAtATimeWithTheAnswerIndexAndTag) {
 TEST(Questions, WithoutAnOverlayTheFirstButtonAnswersAndItIsLogged) {
   RecordingLog log;
   int built = 0;
-  QtAlertPresenter alerts([&]() -> QQuickItem* { ++built; return nullptr; }, log);
+  QtAlertPresenter alerts(
+      [&]() -> QQuickItem* {
+        ++built;
+        return nullptr;
+      },
+      log);
   std::vector<int> answers;
   for (int i = 0; i < 2; ++i)
     alerts.show(std::make_shared<AlertView>("NOTICE", "!", std::vector<std::string>{"OK", "No"}),

@@ -36,7 +36,8 @@ int main(int argc, char** argv) {
 
   zellick::ZellickApp zellick(environment);
   if (!zellick.launch()) return 1;
-  zellick::ui::afterFirstFrame(zellick.window(), zellick.window(),
-                               [] { QTimer::singleShot(kSettleMs, qApp, &QCoreApplication::quit); });
+  zellick::ui::afterFirstFrame(zellick.window(), zellick.window(), [] {
+    QTimer::singleShot(kSettleMs, qApp, &QCoreApplication::quit);
+  });
   return app.exec();
 }

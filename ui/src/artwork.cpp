@@ -1,7 +1,7 @@
 #include "ui/artwork.h"
 
-#include <QCoreApplication>
 #include <QBuffer>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QImageReader>
@@ -106,7 +106,8 @@ QImage readArtworkCache(const QString& path, QSize* natural) {
   if (fd < 0) return {};
   struct stat st {};
   void* address = MAP_FAILED;
-  if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size >= static_cast<off_t>(sizeof(CacheHeader)))
+  if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) &&
+      st.st_size >= static_cast<off_t>(sizeof(CacheHeader)))
     address = mmap(nullptr, static_cast<size_t>(st.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
   ::close(fd);
   if (address == MAP_FAILED) return {};
@@ -161,7 +162,8 @@ bool writeArtworkCache(const QString& path, const QImage& image, QSize natural) 
   file.close();
   ok = ok && file.error() == QFileDevice::NoError;
   // rename() replaces an existing file atomically; QFile::rename would refuse to.
-  if (!ok || std::rename(QFile::encodeName(temp).constData(), QFile::encodeName(path).constData()) != 0) {
+  if (!ok ||
+      std::rename(QFile::encodeName(temp).constData(), QFile::encodeName(path).constData()) != 0) {
     QFile::remove(temp);
     return false;
   }

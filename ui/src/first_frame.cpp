@@ -20,11 +20,13 @@ void afterFirstFrame(QQuickWindow* window, QObject* context, std::function<void(
   if (!window || !context || !run) return;
   auto once = std::make_shared<QMetaObject::Connection>();
   // The signal may come from the render thread; the timer starts on the context's.
-  *once = QObject::connect(window, &QQuickWindow::frameSwapped, context, [once, context, run = std::move(run)] {
-    QObject::disconnect(*once);
-    QMetaObject::invokeMethod(
-        context, [context, run] { QTimer::singleShot(kSettleMs, context, run); }, Qt::QueuedConnection);
-  });
+  *once = QObject::connect(
+      window, &QQuickWindow::frameSwapped, context, [once, context, run = std::move(run)] {
+        QObject::disconnect(*once);
+        QMetaObject::invokeMethod(
+            context, [context, run] { QTimer::singleShot(kSettleMs, context, run); },
+            Qt::QueuedConnection);
+      });
 }
 
 }  // namespace zellick::ui

@@ -1,10 +1,10 @@
 #include "ui/glyph_label.h"
 
+#include <QtQml/qqml.h>
 #include <QFile>
 #include <QLineF>
 #include <QQuickWindow>
 #include <QSGImageNode>
-#include <QtQml/qqml.h>
 
 #include <cmath>
 #include <mutex>
@@ -128,7 +128,8 @@ QSGNode* GlyphLabel::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
   // Centred like a one-line text: the pen's travel across, the face's line box down; snapped
   // to whole device pixels so the image lands one pixel on one pixel.
   const double penX = std::round((frame.width() * scale - line.advance) / 2);
-  const double baseline = std::round((frame.height() * scale - line.ascent - line.descent) / 2 + line.ascent);
+  const double baseline =
+      std::round((frame.height() * scale - line.ascent - line.descent) / 2 + line.ascent);
   const QRectF rect((penX - line.penX) / scale, (baseline - line.baselineY) / scale,
                     line.image.width() / scale, line.image.height() / scale);
 

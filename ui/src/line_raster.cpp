@@ -80,7 +80,8 @@ RasterLine LineRaster::render(const QString& text, double pixelSize, QColor colo
       g.rows = static_cast<int>(slot->bitmap.rows);
       g.alpha.resize(static_cast<size_t>(g.width) * g.rows);
       for (int y = 0; y < g.rows; ++y)
-        std::copy_n(slot->bitmap.buffer + y * slot->bitmap.pitch, g.width, g.alpha.data() + y * g.width);
+        std::copy_n(slot->bitmap.buffer + y * slot->bitmap.pitch, g.width,
+                    g.alpha.data() + y * g.width);
       glyphs.push_back(std::move(g));
     }
     // The unhinted advance: rounding each glyph's would add up along the line.
@@ -90,7 +91,8 @@ RasterLine LineRaster::render(const QString& text, double pixelSize, QColor colo
 
   // The image spans the line box and whatever ink reaches past it.
   int left = 0, right = static_cast<int>(std::ceil(line.advance));
-  int top = static_cast<int>(std::ceil(line.ascent)), bottom = -static_cast<int>(std::ceil(line.descent));
+  int top = static_cast<int>(std::ceil(line.ascent)),
+      bottom = -static_cast<int>(std::ceil(line.descent));
   for (const Coverage& g : glyphs) {
     left = std::min(left, g.left);
     right = std::max(right, g.left + g.width);
@@ -111,9 +113,10 @@ RasterLine LineRaster::render(const QString& text, double pixelSize, QColor colo
         // Source over what an overlapping neighbour already drew.
         const QRgb below = row[x];
         const int keep = 255 - a;
-        row[x] = qRgba(qRed(rgb) * a / 255 + qRed(below) * keep / 255,
-                       qGreen(rgb) * a / 255 + qGreen(below) * keep / 255,
-                       qBlue(rgb) * a / 255 + qBlue(below) * keep / 255, a + qAlpha(below) * keep / 255);
+        row[x] =
+            qRgba(qRed(rgb) * a / 255 + qRed(below) * keep / 255,
+                  qGreen(rgb) * a / 255 + qGreen(below) * keep / 255,
+                  qBlue(rgb) * a / 255 + qBlue(below) * keep / 255, a + qAlpha(below) * keep / 255);
       }
     }
   }

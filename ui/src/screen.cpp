@@ -1,14 +1,14 @@
 #include "ui/screen.h"
 
+#include "ui/artwork.h"
 #include "ui/first_frame.h"
 #include "ui/glyph_label.h"
-#include "ui/artwork.h"
 
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QMouseEvent>
-#include <QQmlEngine>
 #include <QQmlComponent>
+#include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QStyleHints>
@@ -74,7 +74,8 @@ bool QtScreen::load(const QUrl& url, const QVariantMap& windowProperties) {
   // A plain engine: the application engine's translations, file selectors and quit wiring
   // are not used here and cost start-up time.
   engine_ = std::make_unique<QQmlEngine>();
-  engine_->addImageProvider(QStringLiteral("art"), new ArtworkProvider(artworkCacheDir_, shippedArtworkDirs_));
+  engine_->addImageProvider(QStringLiteral("art"),
+                            new ArtworkProvider(artworkCacheDir_, shippedArtworkDirs_));
   QQmlComponent component(engine_.get(), url);
   if (component.isReady()) screen_.reset(component.createWithInitialProperties(windowProperties));
   if (!screen_) {
@@ -141,8 +142,7 @@ bool QtScreen::bind(const std::vector<ControlSpec>& controls) {
         l->setName(c.name);
         break;
       }
-      case ControlSpec::Kind::Clip:
-        break;
+      case ControlSpec::Kind::Clip: break;
     }
   }
   return complete;
@@ -192,16 +192,15 @@ QQuickItem* QtScreen::questionOverlay() {
   return overlay_;
 }
 
-bool QtScreen::questionShown() const {
-  return overlay_ && overlay_->property("shown").toBool();
-}
+bool QtScreen::questionShown() const { return overlay_ && overlay_->property("shown").toBool(); }
 
 const View* QtScreen::hitTest(QPointF p, QtButton** button) const {
   *button = nullptr;
   // Topmost first: labels lie above the controls, the controls above the body and wheels.
   // A view that ignores touches lets them through to what lies beneath.
   for (const auto& [name, label] : labels_)
-    if (label->userInteractionEnabled() && shownOnScreen(label->item()) && contains(label->frame(), p))
+    if (label->userInteractionEnabled() && shownOnScreen(label->item()) &&
+        contains(label->frame(), p))
       return label.get();
   for (const auto& [name, b] : buttons_)
     if (b->userInteractionEnabled() && shownOnScreen(b->item()) && contains(b->frame(), p)) {
@@ -209,7 +208,8 @@ const View* QtScreen::hitTest(QPointF p, QtButton** button) const {
       return b.get();
     }
   for (const auto& [name, image] : images_)
-    if (image->userInteractionEnabled() && shownOnScreen(image->item()) && contains(image->frame(), p))
+    if (image->userInteractionEnabled() && shownOnScreen(image->item()) &&
+        contains(image->frame(), p))
       return image.get();
   return rootView_.get();
 }
@@ -310,8 +310,7 @@ bool QtScreen::eventFilter(QObject* watched, QEvent* event) {
       event->accept();
       return true;
     }
-    default:
-      return QObject::eventFilter(watched, event);
+    default: return QObject::eventFilter(watched, event);
   }
 }
 

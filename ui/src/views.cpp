@@ -12,7 +12,6 @@ namespace zellick::ui {
 
 namespace {
 
-
 QRectF toQRect(const Rect& r) { return {r.x, r.y, r.w, r.h}; }
 Rect toRect(const QRectF& r) { return {r.x(), r.y(), r.width(), r.height()}; }
 

@@ -26,10 +26,10 @@ struct CounterParts {
 
 // How the counter's screen is shown.
 struct CounterScreenOptions {
-  QString artworkCacheDir;           // see ui::QtScreen
-  QStringList shippedArtworkDirs;    // see ui::QtScreen
+  QString artworkCacheDir;         // see ui::QtScreen
+  QStringList shippedArtworkDirs;  // see ui::QtScreen
   std::function<void()> beforeQuestion;
-  QVariantMap windowProperties;      // set on the window as it is created, e.g. its size
+  QVariantMap windowProperties;  // set on the window as it is created, e.g. its size
 };
 
 // The counter screen on Qt with its controller, wired as the app runs it. Main thread only;

@@ -285,9 +285,9 @@ class ZellickViewController {
   std::shared_ptr<AudioPlayer> makePlayer(const char* resource);
   // A click: a new player per play, dropped at once so quick presses overlap.
   void playClick(const char* resource);
-  void setAllSixButtons(bool enabled);     // Reset, Add, Minus, A, B, C
+  void setAllSixButtons(bool enabled);  // Reset, Add, Minus, A, B, C
   void setOtherMemoryButtons(bool enabled);
-  void setLabelColors(Color color);        // LabelTimer, then LabelAvg
+  void setLabelColors(Color color);  // LabelTimer, then LabelAvg
   void selectMemory(int id);
   void followUp(int index);
   void startTick(int id, double seconds);

@@ -7,9 +7,12 @@ namespace zellick::fake {
 void EventRecorder::record(const std::string& what) {
   std::string line = "t=" + formatNumber(time_.now()) + " ";
   for (char c : what) {
-    if (c == '\n') line += "\\n";
-    else if (c == '\r') line += "\\r";
-    else line += c;
+    if (c == '\n')
+      line += "\\n";
+    else if (c == '\r')
+      line += "\\r";
+    else
+      line += c;
   }
   lines_.push_back(std::move(line));
 }

@@ -6,7 +6,8 @@ namespace {
 
 class RecordingPlayer final : public AudioPlayer {
  public:
-  RecordingPlayer(std::string name, EventRecorder& events) : name_(std::move(name)), events_(events) {}
+  RecordingPlayer(std::string name, EventRecorder& events)
+      : name_(std::move(name)), events_(events) {}
   void play() override {
     if (!name_.empty()) events_.record("sound " + name_);
   }
@@ -29,7 +30,8 @@ std::string resourceName(const std::string& path) {
 
 }  // namespace
 
-std::shared_ptr<AudioPlayer> RecordingSoundOutput::playerWithContentsOfFile(const std::string& path) {
+std::shared_ptr<AudioPlayer> RecordingSoundOutput::playerWithContentsOfFile(
+    const std::string& path) {
   return std::make_shared<RecordingPlayer>(resourceName(path), events_);
 }
 

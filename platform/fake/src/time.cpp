@@ -49,9 +49,10 @@ std::size_t VirtualRunLoop::advance(double seconds) {
     atThisMoment = due > time_.now() ? 1 : atThisMoment + 1;
     if (atThisMoment > kMaxFiringsAtOneMoment) {
       time_.moveTo(until);
-      throw std::runtime_error("run loop: timers keep rescheduling themselves without delay; "
-                               "gave up after " + std::to_string(kMaxFiringsAtOneMoment) +
-                               " firings at t=" + std::to_string(due));
+      throw std::runtime_error(
+          "run loop: timers keep rescheduling themselves without delay; "
+          "gave up after " +
+          std::to_string(kMaxFiringsAtOneMoment) + " firings at t=" + std::to_string(due));
     }
     ++fired;
     time_.moveTo(due);

@@ -27,8 +27,7 @@ FakeScreen::FakeScreen(Rect bounds, const std::vector<ControlSpec>& controls, Ev
       case ControlSpec::Kind::Label:
         labels_[c.name] = std::make_unique<FakeLabel>(c.name, c.frame, c.tag);
         break;
-      case ControlSpec::Kind::Clip:
-        break;  // only clips what the real screen draws
+      case ControlSpec::Kind::Clip: break;  // only clips what the real screen draws
     }
   }
 }

@@ -8,7 +8,8 @@ __attribute__((visibility("default"))) int zellick_audio_abi_version() {
   return zellick::qt::kAudioModuleAbiVersion;
 }
 
-__attribute__((visibility("default"))) zellick::SoundOutput* zellick_audio_create(zellick::Log* log) {
+__attribute__((visibility("default"))) zellick::SoundOutput* zellick_audio_create(
+    zellick::Log* log) {
   if (!log) return nullptr;
   return new zellick::qt::QtSoundOutput(*log);
 }

@@ -3,7 +3,6 @@
 #include <QFileInfo>
 #include <QLibrary>
 
-
 #include "platform/qt/audio_module_abi.h"
 
 namespace zellick::qt {
@@ -57,7 +56,8 @@ void DeferredSoundOutput::load() {
   if (!real_) mute("the audio module made no output");
 }
 
-std::shared_ptr<AudioPlayer> DeferredSoundOutput::playerWithContentsOfFile(const std::string& path) {
+std::shared_ptr<AudioPlayer> DeferredSoundOutput::playerWithContentsOfFile(
+    const std::string& path) {
   load();
   if (!real_) return std::make_shared<SilentPlayer>();
   return real_->playerWithContentsOfFile(path);

@@ -7,9 +7,9 @@
 #include <QSocketNotifier>
 #include <QWindow>
 
-#include <csignal>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <csignal>
 
 namespace zellick::qt {
 
@@ -37,7 +37,8 @@ QtLifecycle::QtLifecycle(NotificationCenter& notifications, Log& log, QObject* p
     });
   }
   if (auto* gui = qobject_cast<QGuiApplication*>(app)) {
-    connect(gui, &QGuiApplication::applicationStateChanged, this, &QtLifecycle::applicationStateChanged);
+    connect(gui, &QGuiApplication::applicationStateChanged, this,
+            &QtLifecycle::applicationStateChanged);
 #if QT_CONFIG(sessionmanager)
     connect(gui, &QGuiApplication::commitDataRequest, this, [this](QSessionManager&) {
       log_.line("Lifecycle: session ending");

@@ -90,6 +90,8 @@ void QtRunLoop::timerEvent(QTimerEvent* event) {
   timer->fire();  // `timer` keeps it alive even if its holder drops it in the callback
 }
 
-double QtClock::now() const { return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000.0; }
+double QtClock::now() const {
+  return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000.0;
+}
 
 }  // namespace zellick::qt

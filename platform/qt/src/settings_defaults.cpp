@@ -56,7 +56,8 @@ void clearDeadEmptyLock(const QString& lockPath, Log& log) {
     const int fd = ::open(name.constData(), O_RDWR | O_CLOEXEC);
     if (fd < 0) return;
     struct stat st {};
-    const bool dead = ::fstat(fd, &st) == 0 && st.st_size == 0 && ::flock(fd, LOCK_EX | LOCK_NB) == 0;
+    const bool dead =
+        ::fstat(fd, &st) == 0 && st.st_size == 0 && ::flock(fd, LOCK_EX | LOCK_NB) == 0;
     if (!dead) {
       ::close(fd);
       return;
@@ -79,8 +80,7 @@ void clearDeadEmptyLock(const QString& lockPath, Log& log) {
 DefaultsValue fromVariant(const QVariant& v) {
   if (!v.isValid()) return DefaultsArray{};
   switch (v.metaType().id()) {
-    case QMetaType::Bool:
-      return v.toBool();
+    case QMetaType::Bool: return v.toBool();
     case QMetaType::Int:
     case QMetaType::UInt:
     case QMetaType::Long:
@@ -89,18 +89,14 @@ DefaultsValue fromVariant(const QVariant& v) {
     case QMetaType::UShort:
     case QMetaType::Char:
     case QMetaType::SChar:
-    case QMetaType::UChar:
-      return static_cast<long long>(v.toLongLong());
+    case QMetaType::UChar: return static_cast<long long>(v.toLongLong());
     case QMetaType::ULong:
     case QMetaType::ULongLong:
       return static_cast<long long>(std::min<qulonglong>(v.toULongLong(), LLONG_MAX));
     case QMetaType::Double:
-    case QMetaType::Float:
-      return v.toDouble();
-    case QMetaType::QString:
-      return fromText(v.toString());
-    case QMetaType::QByteArray:
-      return v.toByteArray().toStdString();
+    case QMetaType::Float: return v.toDouble();
+    case QMetaType::QString: return fromText(v.toString());
+    case QMetaType::QByteArray: return v.toByteArray().toStdString();
     case QMetaType::QDateTime: {
       const QDateTime dt = v.toDateTime();
       if (!dt.isValid()) return std::string();
@@ -116,8 +112,7 @@ DefaultsValue fromVariant(const QVariant& v) {
       for (const QVariant& e : v.toList()) out.push_back(fromVariant(e));
       return out;
     }
-    default:
-      break;
+    default: break;
   }
   // Anything else a hand-edited file can hold (sizes, rects, maps): its text, or nothing.
   return v.canConvert<QString>() ? v.toString().toStdString() : std::string();
@@ -135,7 +130,8 @@ QVariant toVariant(const DefaultsValue& v) {
           return QVariant(QString::fromStdString(x));
         } else if constexpr (std::is_same_v<T, Date>) {
           if (!std::isfinite(x.seconds)) return QVariant(QDateTime());
-          return QVariant(QDateTime::fromMSecsSinceEpoch(std::llround(x.seconds * 1000.0), Qt::UTC));
+          return QVariant(
+              QDateTime::fromMSecsSinceEpoch(std::llround(x.seconds * 1000.0), Qt::UTC));
         } else {
           QVariantList list;
           list.reserve(static_cast<qsizetype>(x.size()));
@@ -146,7 +142,8 @@ QVariant toVariant(const DefaultsValue& v) {
       static_cast<const DefaultsValue::variant&>(v));
 }
 
-QSettingsDefaults::QSettingsDefaults(const QString& filePath, Log& log) : path_(filePath), log_(log) {
+QSettingsDefaults::QSettingsDefaults(const QString& filePath, Log& log)
+    : path_(filePath), log_(log) {
   open();
   // The file is parsed on the first read: read now so that damage is reported here.
   settings_->allKeys();

@@ -19,10 +19,11 @@ TEST(FakeAlerts, AreAnsweredOnceFrontFirst) {
   FakeAlerts alerts(events);
   std::vector<std::string> answers;
   auto ask = [&](const char* title, std::vector<std::string> buttons) {
-    alerts.show(std::make_shared<AlertView>(title, "m", std::move(buttons)), [&](AlertView& a, int index) {
-      EXPECT_NE(alerts.onScreen(), &a);  // already off the screen when the answer runs
-      answers.push_back(a.title + ":" + std::to_string(index));
-    });
+    alerts.show(std::make_shared<AlertView>(title, "m", std::move(buttons)),
+                [&](AlertView& a, int index) {
+                  EXPECT_NE(alerts.onScreen(), &a);  // already off the screen when the answer runs
+                  answers.push_back(a.title + ":" + std::to_string(index));
+                });
   };
   ask("RESET COUNTER", {"Yes", "No"});
   ask("NOTICE", {"OK"});
@@ -33,8 +34,8 @@ TEST(FakeAlerts, AreAnsweredOnceFrontFirst) {
   EXPECT_FALSE(alerts.answer(0));
   EXPECT_FALSE(alerts.answer(1));
   EXPECT_THAT(answers, ElementsAre("NOTICE:0", "RESET COUNTER:1"));
-  EXPECT_THAT(events.takeNew(),
-              ElementsAre("t=0 alert RESET COUNTER", "t=0 alert NOTICE", "t=0 answer 0", "t=0 answer 1"));
+  EXPECT_THAT(events.takeNew(), ElementsAre("t=0 alert RESET COUNTER", "t=0 alert NOTICE",
+                                            "t=0 answer 0", "t=0 answer 1"));
 }
 
 TEST(FakeViews, MovesLandAtOnceAndANewMoveRetargets) {
@@ -49,9 +50,10 @@ TEST(FakeViews, MovesLandAtOnceAndANewMoveRetargets) {
   EXPECT_EQ(wheel.frame().y, 98.3);
   wheel.setFrame({10, 5, 46, 1111});
   events.record("log two\nlines");
-  EXPECT_THAT(events.takeNew(), ElementsAre("t=0 move ImageView4 y=-810.7 duration=0.3",
-                                            "t=0.1 move ImageView4 y=98.3 duration=0.15",
-                                            "t=0.1 move ImageView4 y=5 duration=0", "t=0.1 log two\\nlines"));
+  EXPECT_THAT(events.takeNew(),
+              ElementsAre("t=0 move ImageView4 y=-810.7 duration=0.3",
+                          "t=0.1 move ImageView4 y=98.3 duration=0.15",
+                          "t=0.1 move ImageView4 y=5 duration=0", "t=0.1 log two\\nlines"));
   EXPECT_TRUE(events.takeNew().empty());
 }
 
@@ -67,10 +69,15 @@ TEST(FakeScreen, InputGoesWhereAFingerWould) {
                      {"Band", Kind::Clip, {0, 0, 320, 101}, {}, {}, 0}},
                     events);
   std::vector<std::string> calls;
-  screen.bindButton("Add", [&] { calls.push_back("press"); }, [&] { calls.push_back("release"); });
+  screen.bindButton(
+      "Add", [&] { calls.push_back("press"); }, [&] { calls.push_back("release"); });
   screen.setTouchHandlers(
-      [&](const View& v, int n) { calls.push_back("began " + *screen.nameOf(&v) + " " + std::to_string(n)); },
-      [&](const View& v, int n) { calls.push_back("ended " + *screen.nameOf(&v) + " " + std::to_string(n)); });
+      [&](const View& v, int n) {
+        calls.push_back("began " + *screen.nameOf(&v) + " " + std::to_string(n));
+      },
+      [&](const View& v, int n) {
+        calls.push_back("ended " + *screen.nameOf(&v) + " " + std::to_string(n));
+      });
   FakeButton& add = *screen.button("Add");
   EXPECT_EQ(add.image(), "add.png");
   EXPECT_EQ(screen.label("Clock")->tag(), 7);
@@ -87,12 +94,13 @@ TEST(FakeScreen, InputGoesWhereAFingerWould) {
   add.setUserInteractionEnabled(true);
   EXPECT_EQ(screen.touch("Clock", 2), InputResult::Done);
   EXPECT_EQ(screen.touch("view", 1), InputResult::Done);
-  screen.alerts().show(std::make_shared<AlertView>("Q", "m", std::vector<std::string>{"OK"}), nullptr);
+  screen.alerts().show(std::make_shared<AlertView>("Q", "m", std::vector<std::string>{"OK"}),
+                       nullptr);
   EXPECT_EQ(screen.tap("Add"), InputResult::Ignored);  // questions are modal
   EXPECT_EQ(screen.touch("Clock", 1), InputResult::Ignored);
   EXPECT_EQ(screen.tap("Nothing"), InputResult::Unknown);
-  EXPECT_THAT(calls, ElementsAre("press", "release", "began Clock 2", "ended Clock 2", "began view 1",
-                                 "ended view 1"));
+  EXPECT_THAT(calls, ElementsAre("press", "release", "began Clock 2", "ended Clock 2",
+                                 "began view 1", "ended view 1"));
 }
 
 TEST(FakeBundle, HoldsExactlyWhatItIsGiven) {

@@ -23,11 +23,14 @@ TEST(VirtualRunLoop, FiresInDueOrderOnlyWhenAdvanced) {
     double endTime;
   } cases[] = {
       {"due order", "a@.3 b@.1 c@.2 +1", "b@0.1 c@0.2 a@0.3", 1},
-      {"ties keep scheduling order, dispatches included", "a@.2 ~d@.2 b@.2 +.2", "a@0.2 d@0.2 b@0.2", .2},
+      {"ties keep scheduling order, dispatches included", "a@.2 ~d@.2 b@.2 +.2",
+       "a@0.2 d@0.2 b@0.2", .2},
       {"nothing early, due at the end of the window fires", "a@.5 +.4 +.1", "a@0.5", .5},
-      {"a follow-up inside the window fires in the same advance", "a@.1>b@.14 +.3", "a@0.1 b@0.24", .3},
+      {"a follow-up inside the window fires in the same advance", "a@.1>b@.14 +.3", "a@0.1 b@0.24",
+       .3},
       {"a follow-up beyond the window waits", "a@.1>b@.5 +.3", "a@0.1", .3},
-      {"a follow-up after 0 s comes after earlier ties", "a@.2>b@0 c@.2 +.2", "a@0.2 c@0.2 b@0.2", .2},
+      {"a follow-up after 0 s comes after earlier ties", "a@.2>b@0 c@.2 +.2", "a@0.2 c@0.2 b@0.2",
+       .2},
       {"a 0 s timer waits for the next advance, even advance(0)", "a@0 +0", "a@0", 0},
       {"negative delays count as 0", "+1 a@-5 +0", "a@1", 1},
       {"invalidated timers never fire", "a@.1 b@.2 !a +1", "b@0.2", 1},
@@ -44,7 +47,8 @@ TEST(VirtualRunLoop, FiresInDueOrderOnlyWhenAdvanced) {
     auto delay = [](const std::string& step) { return std::stod(step.substr(step.find('@') + 1)); };
     std::function<void(const std::string&)> schedule = [&](const std::string& step) {
       const auto then = step.find('>');
-      const std::string name = step.substr(0, step.find('@')), child = then == step.npos ? "" : step.substr(then + 1);
+      const std::string name = step.substr(0, step.find('@')),
+                        child = then == step.npos ? "" : step.substr(then + 1);
       timers[name] = loop.scheduledTimer(delay(step.substr(0, then)), [&, name, child](Timer& t) {
         EXPECT_FALSE(t.isValid()) << name << " still valid while firing";
         note(name);
@@ -53,10 +57,14 @@ TEST(VirtualRunLoop, FiresInDueOrderOnlyWhenAdvanced) {
     };
     std::istringstream steps(c.steps);
     for (std::string s; steps >> s;) {
-      if (s[0] == '+') loop.advance(std::stod(s.substr(1)));
-      else if (s[0] == '!') timers.at(s.substr(1))->invalidate();
-      else if (s[0] == '~') loop.dispatchAfter(delay(s), [&, s] { note(s.substr(1, s.find('@') - 1)); });
-      else schedule(s);
+      if (s[0] == '+')
+        loop.advance(std::stod(s.substr(1)));
+      else if (s[0] == '!')
+        timers.at(s.substr(1))->invalidate();
+      else if (s[0] == '~')
+        loop.dispatchAfter(delay(s), [&, s] { note(s.substr(1, s.find('@') - 1)); });
+      else
+        schedule(s);
     }
     EXPECT_EQ(fired, c.fired);
     EXPECT_DOUBLE_EQ(time.now(), c.endTime);
@@ -99,11 +107,20 @@ TEST(WallClock, SleepMovesTheWallButNotTheRunLoop) {
   int ticks = 0;
   loop.scheduledTimer(2, [&](Timer&) { ++ticks; });
   // Sleeps: 5 s, a negative one that is ignored, and a quarter second.
-  const struct { bool sleep; double seconds, wall; int ticks; } steps[] = {
-      {false, 1, 1001, 0}, {true, 5, 1006, 0}, {true, -3, 1006, 0}, {false, 1, 1007, 1}, {true, 0.25, 1007.25, 1}};
+  const struct {
+    bool sleep;
+    double seconds, wall;
+    int ticks;
+  } steps[] = {{false, 1, 1001, 0},
+               {true, 5, 1006, 0},
+               {true, -3, 1006, 0},
+               {false, 1, 1007, 1},
+               {true, 0.25, 1007.25, 1}};
   for (const auto& s : steps) {
-    if (s.sleep) clock.sleep(s.seconds);
-    else loop.advance(s.seconds);
+    if (s.sleep)
+      clock.sleep(s.seconds);
+    else
+      loop.advance(s.seconds);
     EXPECT_DOUBLE_EQ(clock.now(), s.wall) << s.seconds;
     EXPECT_EQ(ticks, s.ticks) << s.seconds;
   }
@@ -112,8 +129,9 @@ TEST(WallClock, SleepMovesTheWallButNotTheRunLoop) {
 
 TEST(FormatNumber, EventFormatting) {
   const std::pair<double, const char*> cases[] = {
-      {0, "0"},          {0.14, "0.14"},  {98.29999999999998, "98.3"}, {-810.7, "-810.7"},        {2.0, "2"},
-      {100, "100"},      {-0.0004, "0"},  {12.3456, "12.346"},         {1800000000.5, "1800000000.5"}};
+      {0, "0"},           {0.14, "0.14"},      {98.29999999999998, "98.3"},
+      {-810.7, "-810.7"}, {2.0, "2"},          {100, "100"},
+      {-0.0004, "0"},     {12.3456, "12.346"}, {1800000000.5, "1800000000.5"}};
   for (const auto& [v, text] : cases) EXPECT_EQ(formatNumber(v), text) << v;
 }
 

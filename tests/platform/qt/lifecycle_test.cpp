@@ -5,14 +5,14 @@
 #include <QTimer>
 #include <QWindow>
 
+#include <unistd.h>
 #include <csignal>
 #include <cstring>
 #include <functional>
 #include <string>
-#include <unistd.h>
 
-#include "platform/qt/lifecycle.h"
 #include "platform/fake/services.h"
+#include "platform/qt/lifecycle.h"
 
 namespace zellick::test {
 
@@ -54,8 +54,9 @@ TEST(Lifecycle, PostsOnlyTransitionsAndEveryWayOutResignsOnceBeforeQuitting) {
        "AR|Q"},
       {"state changes",
        [&](QWindow&) {
-         states({Qt::ApplicationActive, Qt::ApplicationInactive, Qt::ApplicationInactive, Qt::ApplicationActive,
-                 Qt::ApplicationSuspended, Qt::ApplicationHidden, Qt::ApplicationActive, Qt::ApplicationHidden});
+         states({Qt::ApplicationActive, Qt::ApplicationInactive, Qt::ApplicationInactive,
+                 Qt::ApplicationActive, Qt::ApplicationSuspended, Qt::ApplicationHidden,
+                 Qt::ApplicationActive, Qt::ApplicationHidden});
        },
        "ARARAR|Q"}};
   std::signal(SIGTERM, SIG_IGN);
@@ -71,7 +72,8 @@ TEST(Lifecycle, PostsOnlyTransitionsAndEveryWayOutResignsOnceBeforeQuitting) {
       QWindow window;
       QtLifecycle life(center, log);
       life.watchWindow(&window);
-      const auto quit = QObject::connect(qApp, &QCoreApplication::aboutToQuit, [&] { posts += 'Q'; });
+      const auto quit =
+          QObject::connect(qApp, &QCoreApplication::aboutToQuit, [&] { posts += 'Q'; });
       states({Qt::ApplicationActive, Qt::ApplicationInactive, Qt::ApplicationActive});
       life.start();
       QTimer::singleShot(0, &window, [&] {
@@ -89,7 +91,8 @@ TEST(Lifecycle, PostsOnlyTransitionsAndEveryWayOutResignsOnceBeforeQuitting) {
     for (const int signo : {SIGTERM, SIGINT}) {
       struct sigaction now {};
       sigaction(signo, nullptr, &now);
-      EXPECT_EQ(now.sa_handler, SIG_IGN) << c.name << ": handler of signal " << signo << " not restored";
+      EXPECT_EQ(now.sa_handler, SIG_IGN)
+          << c.name << ": handler of signal " << signo << " not restored";
     }
   }
   std::signal(SIGTERM, SIG_DFL);

@@ -16,7 +16,8 @@ using qt::QtRunLoop;
 TEST(RunLoop, TimersFireOnceInDueOrderAndMaySelfDestruct) {
   QtRunLoop loop;
   std::vector<std::string> fired;
-  auto a = loop.scheduledTimer(0.03, [&](Timer& t) { fired.push_back(t.isValid() ? "a valid" : "a invalid"); });
+  auto a = loop.scheduledTimer(
+      0.03, [&](Timer& t) { fired.push_back(t.isValid() ? "a valid" : "a invalid"); });
   loop.scheduledTimer(0.01, [&](Timer&) { fired.push_back("b"); });
   loop.dispatchAfter(0.02, [&] { fired.push_back("c"); });
   loop.scheduledTimer(0.015, [&](Timer&) { fired.push_back("cancelled"); })->invalidate();

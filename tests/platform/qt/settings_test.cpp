@@ -6,8 +6,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "platform/qt/settings_defaults.h"
 #include "platform/fake/services.h"
+#include "platform/qt/settings_defaults.h"
 
 namespace zellick::test {
 
@@ -18,7 +18,8 @@ namespace {
 
 // QSettings caches files by path inside a process, so every read-back goes through a copy
 // that no QSettings has seen: what it yields is what a new process would read.
-std::unique_ptr<QSettingsDefaults> reopen(const QTemporaryDir& dir, const QString& path, RecordingLog& log) {
+std::unique_ptr<QSettingsDefaults> reopen(const QTemporaryDir& dir, const QString& path,
+                                          RecordingLog& log) {
   static int n = 0;
   const QString copy = dir.filePath(QString("copy%1.ini").arg(++n));
   if (QFile::exists(path)) {
@@ -43,24 +44,28 @@ TEST(SettingsDefaults, SavesEveryTypeForAFreshReaderPastDeadLocks) {
       {"False", false, false},
       {"Text", std::string("a, b"), std::string("a, b")},
       {"Date", Date{1763860000.123}, Date{1763860000.123}},
-      {"Counters", DefaultsArray{11LL, -22LL}, DefaultsArray{std::string("11"), std::string("-22")}},
+      {"Counters", DefaultsArray{11LL, -22LL},
+       DefaultsArray{std::string("11"), std::string("-22")}},
       {"One", DefaultsArray{7LL}, DefaultsArray{7LL}},
       {"None", DefaultsArray{}, DefaultsArray{}},
-      {"Dates", DefaultsArray{Date{0.5}, Date{-86400.25}}, DefaultsArray{Date{0.5}, Date{-86400.25}}},
+      {"Dates", DefaultsArray{Date{0.5}, Date{-86400.25}},
+       DefaultsArray{Date{0.5}, Date{-86400.25}}},
   };
   QTemporaryDir dir;
   RecordingLog log;
   const QString path = dir.filePath("sub/zellick.ini");
   QSettingsDefaults d(path, log);
   for (const auto& row : table) d.setObject(row.key, row.stored);
-  EXPECT_FALSE(reopen(dir, path, log)->objectForKey("Big").has_value()) << "nothing written before synchronize";
+  EXPECT_FALSE(reopen(dir, path, log)->objectForKey("Big").has_value())
+      << "nothing written before synchronize";
   // A writer killed between creating its lock file and filling it must not hold up the next
   // save (QSettings alone waits 30 s on such a file), whether it died just now or long ago.
   const auto saveDespiteDeadLock = [&](int ageSeconds) {
     ASSERT_TRUE(QDir().mkpath(dir.filePath("sub")));  // before the first save makes it
     QFile lock(path + ".lock");
     ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
-    lock.setFileTime(QDateTime::currentDateTime().addSecs(-ageSeconds), QFileDevice::FileModificationTime);
+    lock.setFileTime(QDateTime::currentDateTime().addSecs(-ageSeconds),
+                     QFileDevice::FileModificationTime);
     lock.close();
     QElapsedTimer t;
     t.start();
@@ -94,7 +99,8 @@ TEST(SettingsDefaults, CorruptFileReadsWhatItCanAndIsSavedOver) {
   };
   const Case cases[] = {
       {"binary", "\x01\x02\xff\xfe\n\x7f", 0, true},
-      {"bad variant", "[General]\nButtonId=@Variant(\\xff\\xff)\nDateOfInactive=@DateTime(zzz)\n", 0, false},
+      {"bad variant", "[General]\nButtonId=@Variant(\\xff\\xff)\nDateOfInactive=@DateTime(zzz)\n",
+       0, false},
       {"junk lines", "[General]\n=====\nButtonId\n\"3\n[[[junk\nButtonId=3\n", 0, true},
       {"unclosed section", "[General\nButtonId=3\n", 3, true},
   };
@@ -113,7 +119,8 @@ TEST(SettingsDefaults, CorruptFileReadsWhatItCanAndIsSavedOver) {
       (void)d.arrayForKey(k);
     }
     EXPECT_LE(log.lines.size(), 1u) << c.name;
-    EXPECT_GE(log.lines.size(), c.unparsable ? 1u : 0u) << c.name << ": unparsable lines go unlogged";
+    EXPECT_GE(log.lines.size(), c.unparsable ? 1u : 0u)
+        << c.name << ": unparsable lines go unlogged";
     d.setObject("ButtonId", 2LL);
     EXPECT_TRUE(d.synchronize()) << c.name;
     EXPECT_EQ(reopen(dir, path, log)->integerForKey("ButtonId"), 2) << c.name;

@@ -22,7 +22,9 @@ using qt::MixerSoundOutput;
 using qt::Pcm;
 using qt::SoundMixer;
 
-std::shared_ptr<const Pcm> pcm(std::vector<float> s) { return std::make_shared<Pcm>(Pcm{std::move(s)}); }
+std::shared_ptr<const Pcm> pcm(std::vector<float> s) {
+  return std::make_shared<Pcm>(Pcm{std::move(s)});
+}
 
 std::vector<qint16> pull(SoundMixer& m, int samples) {
   std::vector<qint16> out(samples, 12345);
@@ -45,7 +47,7 @@ std::string writeClick(const QTemporaryDir& dir, int rate, int channels, int fra
 // One step of a mixing script: start voices, stop one, then pull samples.
 struct Step {
   std::vector<std::vector<float>> start;
-  int stopIndex;  // index among all voices started so far, or -1
+  int stopIndex;               // index among all voices started so far, or -1
   std::vector<qint16> expect;  // as many samples are pulled
   int voicesAfter;
 };
@@ -66,7 +68,8 @@ TEST(Mixer, MixesVoices) {
     for (std::size_t n = 0; n < steps.size(); ++n) {
       for (const auto& s : steps[n].start) ids.push_back(mixer.addVoice(pcm(s)));
       if (steps[n].stopIndex >= 0) mixer.removeVoice(ids.at(steps[n].stopIndex));
-      EXPECT_EQ(pull(mixer, int(steps[n].expect.size())), steps[n].expect) << name << ", step " << n;
+      EXPECT_EQ(pull(mixer, int(steps[n].expect.size())), steps[n].expect)
+          << name << ", step " << n;
       EXPECT_EQ(mixer.voiceCount(), steps[n].voicesAfter) << name << ", step " << n;
     }
   }
@@ -116,7 +119,8 @@ TEST(MixerSoundOutput, PlayersAreOverlappingVoicesOfFilesReadOnce) {
 TEST(AudioModule, ExportsThisBuildsEntryPoints) {
   QLibrary module(QStringLiteral(ZELLICK_AUDIO_MODULE_FILE));
   ASSERT_TRUE(module.load()) << module.errorString().toStdString();
-  const auto version = reinterpret_cast<qt::AudioModuleAbiVersionFn>(module.resolve(qt::kAudioModuleAbiVersionSymbol));
+  const auto version = reinterpret_cast<qt::AudioModuleAbiVersionFn>(
+      module.resolve(qt::kAudioModuleAbiVersionSymbol));
   ASSERT_NE(version, nullptr);
   EXPECT_EQ(version(), qt::kAudioModuleAbiVersion);
   EXPECT_NE(module.resolve(qt::kAudioModuleCreateSymbol), nullptr);

@@ -20,8 +20,8 @@ struct RasterLine {
 };
 
 // Rasterises single lines of text with FreeType straight from a font file's bytes, without
-// the system font configuration. Grey-level antialiasing of the unhinted outlines, the face's kerning
-// table. One instance per thread: FreeType faces are not shared between threads.
+// the system font configuration. Grey-level antialiasing of the unhinted outlines, the face's
+// kerning table. One instance per thread: FreeType faces are not shared between threads.
 class LineRaster {
  public:
   // isValid() is false when FreeType cannot read `fontData` as a font.

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/geometry.h"
 #include "platform/fake/recorder.h"
 #include "platform/fake/services.h"
+#include "platform/geometry.h"
 #include "platform/views.h"
 
 namespace zellick::fake {
@@ -18,7 +18,8 @@ namespace zellick::fake {
 template <class Base>
 class NamedView : public Base {
  public:
-  NamedView(std::string name, Rect frame, int tag) : name_(std::move(name)), frame_(frame), tag_(tag) {}
+  NamedView(std::string name, Rect frame, int tag)
+      : name_(std::move(name)), frame_(frame), tag_(tag) {}
   const std::string& name() const { return name_; }
 
   Rect frame() const override { return frame_; }

@@ -25,7 +25,8 @@ class QtLifecycle : public QObject {
   QtLifecycle& operator=(const QtLifecycle&) = delete;
   ~QtLifecycle() override;
 
-  // Posts the first become-active; state changes before it are ignored. Call once the screen is built.
+  // Posts the first become-active; state changes before it are ignored. Call once the screen is
+  // built.
   void start();
   // Closing `window` resigns active before it goes, even when the application stays up.
   void watchWindow(QWindow* window);
