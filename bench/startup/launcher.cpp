@@ -2,11 +2,9 @@
 // frame is out, then quits.  zellick_launcher [--window WIDTHxHEIGHT]
 #include <QGuiApplication>
 #include <QQuickWindow>
-#include <QTimer>
-
-#include <cstdio>
 
 #include "app/zellick_app.h"
+#include "report_first_frame.h"
 
 int main(int argc, char** argv) {
   QGuiApplication app(argc, argv);
@@ -19,13 +17,6 @@ int main(int argc, char** argv) {
   zellick::ZellickApp::identify();
   zellick::ZellickApp zellick(zellick::Environment::fromProcess());
   if (!zellick.launch(window)) return 1;
-  bool done = false;
-  QObject::connect(zellick.window(), &QQuickWindow::frameSwapped, zellick.window(), [&done] {
-    if (done) return;
-    done = true;
-    std::printf("first frame\n");
-    std::fflush(stdout);
-    QTimer::singleShot(0, qApp, &QCoreApplication::quit);
-  });
+  reportFirstFrameAndQuit(zellick.window());
   return app.exec();
 }

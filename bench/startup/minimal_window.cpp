@@ -2,9 +2,8 @@
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
-#include <QTimer>
 
-#include <cstdio>
+#include "report_first_frame.h"
 
 int main(int argc, char** argv) {
   QGuiApplication app(argc, argv);
@@ -13,13 +12,6 @@ int main(int argc, char** argv) {
   if (engine.rootObjects().isEmpty()) return 1;
   auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().first());
   if (!window) return 1;
-  bool done = false;
-  QObject::connect(window, &QQuickWindow::frameSwapped, window, [&done] {
-    if (done) return;
-    done = true;
-    std::printf("first frame\n");
-    std::fflush(stdout);
-    QTimer::singleShot(0, qApp, &QCoreApplication::quit);
-  });
+  reportFirstFrameAndQuit(window);
   return app.exec();
 }
