@@ -1,9 +1,9 @@
 #include "platform/qt/deferred_sound.h"
 
 #include <QFileInfo>
-#include <QLibrary>
+#include <QPluginLoader>
 
-#include "platform/qt/audio_module_abi.h"
+#include "platform/qt/sound_plugin.h"
 
 namespace zellick::qt {
 
@@ -21,7 +21,7 @@ DeferredSoundOutput::DeferredSoundOutput(Log& log, QString modulePath)
     : log_(log), modulePath_(std::move(modulePath)) {}
 
 DeferredSoundOutput::~DeferredSoundOutput() {
-  // The output goes first; the library stays mapped (QLibrary does not unload on destruction).
+  // The output goes first; the module stays mapped (the loader does not unload on destruction).
   real_.reset();
 }
 
@@ -38,21 +38,19 @@ void DeferredSoundOutput::load() {
     mute("no audio module at " + path.toStdString());
     return;
   }
-  library_ = std::make_unique<QLibrary>(path);
-  if (!library_->load()) {
+  plugin_ = std::make_unique<QPluginLoader>(path);
+  QObject* instance = plugin_->instance();
+  if (!instance) {
     mute("cannot load the audio module " + path.toStdString() + " (" +
-         library_->errorString().toStdString() + ")");
+         plugin_->errorString().toStdString() + ")");
     return;
   }
-  const auto version =
-      reinterpret_cast<AudioModuleAbiVersionFn>(library_->resolve(kAudioModuleAbiVersionSymbol));
-  const auto create =
-      reinterpret_cast<AudioModuleCreateFn>(library_->resolve(kAudioModuleCreateSymbol));
-  if (!version || !create || version() != kAudioModuleAbiVersion) {
+  auto* factory = qobject_cast<SoundOutputFactory*>(instance);
+  if (!factory) {
     mute("the audio module " + path.toStdString() + " does not fit this build");
     return;
   }
-  real_.reset(create(&log_));
+  real_ = factory->createOutput(log_);
   if (!real_) mute("the audio module made no output");
 }
 

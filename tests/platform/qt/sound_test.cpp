@@ -6,12 +6,12 @@
 #include <QTemporaryDir>
 
 #include <QFile>
-#include <QLibrary>
+#include <QPluginLoader>
 
 #include "platform/fake/services.h"
-#include "platform/qt/audio_module_abi.h"
 #include "platform/qt/deferred_sound.h"
 #include "platform/qt/sound_output.h"
+#include "platform/qt/sound_plugin.h"
 
 namespace zellick::test {
 namespace {
@@ -115,15 +115,13 @@ TEST(MixerSoundOutput, PlayersAreOverlappingVoicesOfFilesReadOnce) {
   EXPECT_EQ(log.lines.size(), 2u);
 }
 
-// The built module has the entry points this build expects.
-TEST(AudioModule, ExportsThisBuildsEntryPoints) {
-  QLibrary module(QStringLiteral(ZELLICK_AUDIO_MODULE_FILE));
-  ASSERT_TRUE(module.load()) << module.errorString().toStdString();
-  const auto version = reinterpret_cast<qt::AudioModuleAbiVersionFn>(
-      module.resolve(qt::kAudioModuleAbiVersionSymbol));
-  ASSERT_NE(version, nullptr);
-  EXPECT_EQ(version(), qt::kAudioModuleAbiVersion);
-  EXPECT_NE(module.resolve(qt::kAudioModuleCreateSymbol), nullptr);
+// The built module is a plugin of the factory this build expects.
+TEST(AudioModule, IsAPluginOfTheSoundOutputFactory) {
+  QPluginLoader module(QStringLiteral(ZELLICK_AUDIO_MODULE_FILE));
+  EXPECT_EQ(module.metaData().value("IID").toString(), ZellickSoundOutputFactory_iid);
+  QObject* instance = module.instance();
+  ASSERT_NE(instance, nullptr) << module.errorString().toStdString();
+  EXPECT_NE(qobject_cast<qt::SoundOutputFactory*>(instance), nullptr);
 }
 
 // A missing or foreign module, or audio switched off (which must not even try the module), is
