@@ -30,7 +30,8 @@ struct DefaultsValue : std::variant<long long, double, bool, std::string, Date, 
 // Nothing for values with no number in them (dates, arrays, non-numeric text).
 std::optional<int> intValue(const DefaultsValue& value);
 
-// The app's persistent key-value store.
+// The app's persistent key-value store. Safe to use from several threads only where an
+// implementation says so.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;
@@ -40,6 +41,10 @@ class UserDefaults {
   virtual void removeObjectForKey(const std::string& key) = 0;
   // Writes pending changes to permanent storage; true when they are safely stored.
   virtual bool synchronize() = 0;
+  // Writes pending changes soon, on a thread of the store's own, and returns at once; a write
+  // that fails is logged by the store and its changes stay pending. Stores without a thread of
+  // their own write at once.
+  virtual void synchronizeInBackground() { synchronize(); }
 
   // The integer under `key`; 0 when absent or not a number.
   long long integerForKey(const std::string& key) const;

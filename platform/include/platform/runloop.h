@@ -35,4 +35,13 @@ class Clock {
   virtual double now() const = 0;
 };
 
+// Seconds from an arbitrary origin on a clock that never goes back and keeps counting while
+// the process is stopped or the machine sleeps: for how long something took, not what time it
+// is. Any thread.
+class MonotonicClock {
+ public:
+  virtual ~MonotonicClock() = default;
+  virtual double now() const = 0;
+};
+
 }  // namespace zellick
