@@ -7,6 +7,10 @@ int main(int argc, char** argv) {
   QGuiApplication app(argc, argv);
   zellick::ZellickApp::identify();
   zellick::ZellickApp zellick(zellick::Environment::fromProcess());
-  if (!zellick.launch()) return 1;
-  return app.exec();
+  switch (zellick.launch()) {
+    case zellick::ZellickApp::Launch::Shown: return app.exec();
+    case zellick::ZellickApp::Launch::AlreadyRunning: return 0;
+    case zellick::ZellickApp::Launch::Failed: return 1;
+  }
+  return 1;
 }

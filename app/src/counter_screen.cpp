@@ -47,7 +47,7 @@ bool CounterScreen::load(const CounterScreenOptions& options, const QUrl& url) {
     return false;
   }
   controller_ = std::make_unique<ZellickViewController>(
-      CounterServices{runLoop_, clock_, notifications_, parts_.defaults, parts_.sound,
+      CounterServices{runLoop_, clock_, uptime_, notifications_, parts_.defaults, parts_.sound,
                       parts_.bundle, parts_.log, screen_->alerts(), *screens_, parts_.tracker},
       views);
   bindCounter(*screen_, *controller_);

@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
   }
   zellick::ZellickApp::identify();
   zellick::ZellickApp zellick(zellick::Environment::fromProcess());
-  if (!zellick.launch(window)) return 1;
+  if (zellick.launch(window) != zellick::ZellickApp::Launch::Shown) return 1;
   reportFirstFrameAndQuit(zellick.window());
   return app.exec();
 }

@@ -12,6 +12,9 @@ using detail::kTick;
 
 namespace {
 
+// A timer may come a hair before its due moment; it still counts its second.
+constexpr double kEarlyTolerance = 0.01;
+
 struct RateUnit {
   int32_t tap;
   const char* text;
@@ -45,12 +48,11 @@ void ZellickViewController::startTick(int id, double seconds) {
   if (!x.tick) return;
   // Never two chains for one clock: that would run it at double speed.
   if (*x.tick) (*x.tick)->invalidate();
+  *x.lastTick = services_.uptime.now() + (seconds - kTick);
   *x.tick = schedule(seconds, x.tickStep);
 }
 
-// One second of memory `id`'s clock; every memory ticks on its own, whichever is shown.
-void ZellickViewController::tick(int id) {
-  Memory x = memory(id);
+void ZellickViewController::addOneSecond(const Memory& x) {
   const int32_t s = *x.ss;
   *x.ss = wrapAdd(*x.ss, 1);
   if (s >= 59) {
@@ -61,8 +63,21 @@ void ZellickViewController::tick(int id) {
     *x.hh = wrapAdd(*x.hh, 1);  // hours have no upper bound
     *x.mm = 0;
   }
+}
+
+// The seconds of memory `id`'s clock; every memory ticks on its own, whichever is shown. A tick
+// counts the whole seconds that really passed since the previous one: normally one, more after
+// the process was stopped or the machine slept. The next is due at the clock's next whole
+// second, so a late tick never makes the following ones late.
+void ZellickViewController::tick(int id) {
+  Memory x = memory(id);
+  const double now = services_.uptime.now();
+  const double passed = now - *x.lastTick + kEarlyTolerance;
+  const int64_t seconds = passed >= 1 ? static_cast<int64_t>(passed) : 0;
+  for (int64_t i = 0; i < seconds; ++i) addOneSecond(x);
+  *x.lastTick += static_cast<double>(seconds);
   ShowOnLabel();
-  *x.tick = schedule(kTick, x.tickStep);
+  *x.tick = schedule(kTick - (now - *x.lastTick), x.tickStep);
 }
 
 void ZellickViewController::StartTimerA(Timer&) { tick(1); }
@@ -147,6 +162,7 @@ void ZellickViewController::touchesBegan(const std::vector<Touch>& touches) {
     }
     ShowOnLabel();
   }
+  if (tag == LabelTimer->tag() || tag == LabelAvg->tag()) stateChanged();
 }
 
 void ZellickViewController::touchesEnded(const std::vector<Touch>& touches) {

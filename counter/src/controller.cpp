@@ -24,7 +24,7 @@ ZellickViewController::ZellickViewController(CounterServices services, CounterVi
 ZellickViewController::~ZellickViewController() {
   // Timers and delayed calls check alive_ before touching the controller; cancel what we can.
   for (TimerRef* t : {&TimerForLabelA, &TimerForLabelB, &TimerForLabelC, &timer1, &timer2, &timer3,
-                      &timer4, &ResetTimer}) {
+                      &timer4, &ResetTimer, &autosave_}) {
     if (*t) (*t)->invalidate();
   }
 }
@@ -69,6 +69,7 @@ void ZellickViewController::setLabelColors(Color color) {
 }
 
 ZellickViewController::Memory ZellickViewController::memory(int id) {
+  using C = ZellickViewController;
   switch (id) {
     case 1:
       return {&totalA,
@@ -79,7 +80,8 @@ ZellickViewController::Memory ZellickViewController::memory(int id) {
               &TimerForLabelA,
               &isStartedTimerA,
               &isTimerA,
-              &ZellickViewController::StartTimerA};
+              &C::StartTimerA,
+              &lastTick_[0]};
     case 2:
       return {&totalB,
               &Bhh,
@@ -89,7 +91,8 @@ ZellickViewController::Memory ZellickViewController::memory(int id) {
               &TimerForLabelB,
               &isStartedTimerB,
               &isTimerB,
-              &ZellickViewController::StartTimerB};
+              &C::StartTimerB,
+              &lastTick_[1]};
     case 3:
       return {&totalC,
               &Chh,
@@ -99,7 +102,8 @@ ZellickViewController::Memory ZellickViewController::memory(int id) {
               &TimerForLabelC,
               &isStartedTimerC,
               &isTimerC,
-              &ZellickViewController::StartTimerC};
+              &C::StartTimerC,
+              &lastTick_[2]};
     default: return {};
   }
 }

@@ -43,6 +43,7 @@ void ZellickViewController::Add() {
   ShowOnLabel();
   services_.tracker.Track("Count");
   Show();
+  stateChanged();
 }
 
 void ZellickViewController::PlayLetUpSound() {
@@ -75,6 +76,7 @@ void ZellickViewController::OnClickMinus() {
   ShowOnLabel();
   services_.tracker.Track("Reduce");
   Show();
+  stateChanged();
 }
 
 void ZellickViewController::OnMinusReleased() {

@@ -36,6 +36,7 @@ void ZellickViewController::selectMemory(int id) {
   ButtonB->setUserInteractionEnabled(id != 2);
   ButtonC->setUserInteractionEnabled(id != 3);
   setLabelColors(*x.tick ? Color::White : Color::Gray);
+  stateChanged();
 }
 
 void ZellickViewController::MemoryButtonPlayer() { playClick(kMemorySound); }

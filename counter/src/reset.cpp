@@ -61,6 +61,7 @@ void ZellickViewController::alertViewClickedButtonAtIndex(AlertView&, int button
   } else if (tag == kResetTimerAlertTag) {
     buttonIndex == 0 ? confirmResetTimer() : keepTimer();
   }
+  stateChanged();
 }
 
 void ZellickViewController::confirmResetCounter() {

@@ -95,6 +95,12 @@ void Driver::defineStandardCommands() {
     if (e.empty()) sim_.sleep(s);
     return e;
   });
+  define("suspend", "suspend SECONDS", 1, [this, seconds](const Args& a) {
+    double s = 0;
+    std::string e = seconds(a[0], s);
+    if (e.empty()) sim_.suspend(s);
+    return e;
+  });
   define("resign", "resign", 0, [this](const Args&) {
     sim_.process().resign();
     return std::string();

@@ -22,7 +22,7 @@ double screenHeight(const World& world) {
 }  // namespace
 
 World::World(SimOptions options)
-    : options_(options), clock_(time_, options.epoch), events_(time_) {}
+    : options_(options), clock_(time_, options.epoch), uptime_(time_), events_(time_) {}
 
 Process::Process(World& world)
     : world_(world),
@@ -34,8 +34,9 @@ Process::Process(World& world)
       tracker_(world.events()),
       screen_({0, 0, kScreenWidth, screenHeight(world)}, counterInterface(screenHeight(world)),
               world.events()) {
-  CounterServices services{runLoop_, world.clock(), notifications_,   world.defaults(), sound_,
-                           bundle_,  log_,          screen_.alerts(), screens_,         tracker_};
+  CounterServices services{runLoop_,         world.clock(), world.uptime(), notifications_,
+                           world.defaults(), sound_,        bundle_,        log_,
+                           screen_.alerts(), screens_,      tracker_};
   controller_ = std::make_unique<ZellickViewController>(services, counterViews(screen_));
   bindCounter(screen_, *controller_);
   controller_->viewDidLoad();

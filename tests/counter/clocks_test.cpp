@@ -28,6 +28,20 @@ TEST_F(CounterTest, TicksCarrySecondsIntoMinutesIntoUnboundedHours) {
   }
 }
 
+// A clock counts the seconds that really passed: a machine that slept (or a stopped process)
+// shows them at the next tick, and the ticks stay on the clock's own whole seconds.
+TEST_F(CounterTest, ClocksCountTheTimeThatReallyPassed) {
+  p().touch("LabelTimer", 1);  // A starts at t=1
+  wait(2.5);
+  sim().suspend(30.4);
+  wait(0.5);  // the tick due at t=4 comes, late by the suspension
+  EXPECT_EQ(text("LabelTimer"), "00:00:33");
+  wait(0.4);
+  EXPECT_EQ(text("LabelTimer"), "00:00:33");
+  wait(0.7);  // the next whole second of the clock, 34.0 s after its start
+  EXPECT_EQ(text("LabelTimer"), "00:00:34");
+}
+
 TEST_F(CounterTest, RateTakesHoursAsMinutesAndTruncates) {
   const struct {
     int numerator, h, m, s, tap;

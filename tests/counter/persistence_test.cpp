@@ -97,7 +97,7 @@ struct StoreCase {
   size_t reports = 1;
 };
 
-TEST_F(PersistenceTest, MissingKeysReadAsDefaultsAndDamagedValuesAsZeroKeepingTheRest) {
+TEST_F(PersistenceTest, EveryDamagedValueIsSaidAndTheRestKept) {
   const Saved defaults = {{"Counters", ints({0, 0, 0})},
                           {"Timers", ints({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0})},
                           {"TotalForAvg", ints({0, 0, 0})},
@@ -107,31 +107,39 @@ TEST_F(PersistenceTest, MissingKeysReadAsDefaultsAndDamagedValuesAsZeroKeepingTh
                         {"Timers", ints({4, 5, 6, 7, 8, 9, 10, 11, 12, 1, 0, 0})},  // A runs
                         {"TotalForAvg", ints({13, 14, 15})},
                         {"ButtonId", 2LL},
-                        {"TapValue", 3LL}};
+                        {"TapValue", 3LL},
+                        {"DateOfInactive", Date{wallNow()}}};
   const StoreCase cases[] = {
       {"FirstStart", false, nullptr, {}},
-      {"OnlyCounts", false, "Counters", ints({4, 5, 6})},
-      {"NoDateSoNothingIsCaughtUp", false, "Timers", ints({0, 0, 10, 0, 0, 0, 0, 0, 0, 1, 0, 0})},
-      {"ShortCounters", true, "Counters", ints({8}), ints({8, 0, 0}), "\"Counters\" is damaged"},
-      {"CountersNotAList", true, "Counters", std::string("x"), ints({0, 0, 0}),
-       "\"Counters\" is damaged"},
+      // A store with some keys lost the others: each gets its line.
+      {"OnlyCounts", false, "Counters", ints({4, 5, 6}), std::nullopt, "is missing", 5},
+      {"NoDateSoNothingIsCaughtUp", false, "Timers", ints({0, 0, 10, 0, 0, 0, 0, 0, 0, 1, 0, 0}),
+       std::nullopt, "is missing", 5},
+      {"ShortCounters", true, "Counters", ints({8}), ints({8, 0, 0}), "has 1 elements, not 3"},
+      {"CountersNotAList", true, "Counters", std::string("x"), ints({0, 0, 0}), "not a list"},
       {"CountsAsText", true, "Counters", DefaultsArray{std::string("12"), std::string("x"), 3LL},
-       ints({12, 0, 3}), "\"Counters\" is damaged"},
-      // Taken as stored, without range checks.
-      {"CountsBeyondFourDigits", true, "Counters", ints({12345, -4, 3})},
+       ints({12, 0, 3}), "not a number"},
+      {"CountsNotWhole", true, "Counters",
+       DefaultsArray{std::string("3xyz"), std::string("2.9"), std::string("1e3")}, ints({3, 2, 1}),
+       "not a whole number", 3},
+      // Values out of range are taken as stored, and said.
+      {"CountsBeyondFourDigits", true, "Counters", ints({12345, -4, 3}), std::nullopt,
+       "outside 0..9999", 2},
+      {"RatesOutOfRange", true, "TotalForAvg", ints({10000, -10000, 7}), std::nullopt,
+       "outside -9999..9999", 2},
       {"LongTimers", true, "Timers", ints({4, 5, 6, 7, 8, 9, 10, 11, 12, 1, 0, 0, 99, 98}),
-       ints({4, 5, 6, 7, 8, 9, 10, 11, 12, 1, 0, 0}), "\"Timers\" is damaged"},
-      {"NoSuchMemory", true, "ButtonId", 7LL},
-      {"NoSuchRateUnit", true, "TapValue", 9LL},
+       ints({4, 5, 6, 7, 8, 9, 10, 11, 12, 1, 0, 0}), "the rest are ignored"},
+      {"NoSuchMemory", true, "ButtonId", 7LL, std::nullopt, "outside 1..3"},
+      {"NoSuchRateUnit", true, "TapValue", 9LL, std::nullopt, "outside 1..3"},
       // Nothing is caught up, so A's running clock keeps its time.
-      {"DateAsText", true, "DateOfInactive", std::string("x"), std::nullopt,
-       "\"DateOfInactive\" is not a date"},
+      {"DateAsText", true, "DateOfInactive", std::string("x"), std::nullopt, "not a date"},
   };
   for (const StoreCase& k : cases) {
     SCOPED_TRACE(k.name);
     Saved stored = k.intact ? intact : Saved{}, want = k.intact ? intact : defaults;
     if (k.key) stored[k.key] = k.stored;
     if (k.key && want.contains(k.key)) want[k.key] = k.want.value_or(k.stored);
+    want.erase("DateOfInactive");
     store().replaceAll(stored);
     sim().restart();
     const auto logs = events("log");
@@ -145,6 +153,29 @@ TEST_F(PersistenceTest, MissingKeysReadAsDefaultsAndDamagedValuesAsZeroKeepingTh
     saved.erase("DateOfInactive");
     EXPECT_EQ(saved, want) << "as saved next";
   }
+}
+
+// What a user changes is written within a second, a burst in one write stamped with its
+// moment; a running clock's ticks alone write nothing. A kill then loses at most that second.
+TEST_F(PersistenceTest, ChangesAreWrittenSoonAndSurviveAKill) {
+  const int before = store().synchronizeCount();
+  for (int i = 0; i < 5; ++i) p().tap("ButtonAdd");
+  p().touch("LabelTimer", 1);
+  wait(0.99);
+  EXPECT_EQ(store().synchronizeCount(), before);
+  wait(0.02);
+  EXPECT_EQ(store().synchronizeCount(), before + 1);
+  EXPECT_NEAR(std::get<Date>(*store().objectForKey("DateOfInactive")).seconds, wallNow() - 0.01,
+              1e-6)
+      << "stamped with the moment of the write";
+  wait(30);
+  EXPECT_EQ(store().synchronizeCount(), before + 1) << "ticks alone";
+  p().tap("ButtonAdd");
+  sim().restart();  // a kill at once: the sixth press is lost
+  wait(0.5);
+  EXPECT_EQ(c().totalA, 5);
+  // Caught up from the write, which came just before the clock's first second.
+  EXPECT_EQ(text("LabelTimer"), "00:00:30");
 }
 
 TEST_F(PersistenceTest, AFailedSaveLosesNothing) {

@@ -3,10 +3,10 @@
 // that was in progress.
 //
 //   zellick_kill_test --app PATH [--kills 200] [--seed N] [--from first-save|start] [--signal
-//   kill|term|int]
+//   kill|term|int|hup|quit]
 //
-// With term or int the app must end normally after one more save of the state it had: the
-// count on disk is then exactly the last one it reported.
+// With term, int, hup or quit the app must end normally after one more save of the state it had:
+// the count on disk is then exactly the last one it reported.
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QProcess>
@@ -41,7 +41,11 @@ bool parse(const QStringList& args, Options& o) {
       o.fromStart = args[++i] == "start";
     } else if (args[i] == "--signal" && more) {
       const QString s = args[++i];
-      o.signal = s == "term" ? SIGTERM : s == "int" ? SIGINT : SIGKILL;
+      o.signal = s == "term"   ? SIGTERM
+                 : s == "int"  ? SIGINT
+                 : s == "hup"  ? SIGHUP
+                 : s == "quit" ? SIGQUIT
+                               : SIGKILL;
     } else {
       return false;
     }
@@ -75,7 +79,7 @@ int main(int argc, char** argv) {
   if (!parse(app.arguments(), o)) {
     std::fprintf(stderr,
                  "usage: %s --app PATH [--kills N] [--seed N] [--from first-save|start] [--signal "
-                 "kill|term|int]\n",
+                 "kill|term|int|hup|quit]\n",
                  argv[0]);
     return 2;
   }

@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
   if (!QDir().mkpath(environment.artworkCacheDir)) return 1;
 
   zellick::ZellickApp zellick(environment);
-  if (!zellick.launch()) return 1;
+  if (zellick.launch() != zellick::ZellickApp::Launch::Shown) return 1;
   zellick::ui::afterFirstFrame(zellick.window(), zellick.window(), [] {
     QTimer::singleShot(kSettleMs, qApp, &QCoreApplication::quit);
   });

@@ -59,6 +59,7 @@ class CounterScreen {
   CounterParts parts_;
   qt::QtRunLoop runLoop_;
   qt::QtClock clock_;
+  qt::BootClock uptime_;
   NotificationCenter notifications_;
   std::unique_ptr<ScreenPresenter> screens_;
   std::unique_ptr<ui::QtScreen> screen_;

@@ -8,6 +8,7 @@
 #include "app/environment.h"
 #include "platform/qt/bundle.h"
 #include "platform/qt/deferred_sound.h"
+#include "platform/qt/instance_lock.h"
 #include "platform/qt/lifecycle.h"
 #include "platform/qt/log.h"
 #include "platform/qt/settings_defaults.h"
@@ -35,26 +36,37 @@ class ZellickApp {
   ZellickApp& operator=(const ZellickApp&) = delete;
   ~ZellickApp();
 
-  // Shows the counter and makes it active; false (logged) when the screen cannot be built.
-  bool launch(const QVariantMap& windowProperties = {});
+  enum class Launch {
+    Shown,           // the counter is on screen and active
+    AlreadyRunning,  // another process runs on the same settings file; it was asked to the front
+    Failed,          // the screen could not be built (logged)
+  };
+  Launch launch(const QVariantMap& windowProperties = {});
 
-  QQuickWindow* window() { return counter_.screen().window(); }
-  ZellickViewController& controller() { return counter_.controller(); }
-  NotificationCenter& notifications() { return counter_.notifications(); }
+  // After a launch that showed the counter.
+  CounterScreen& counter() { return *counter_; }
+  QQuickWindow* window() { return counter_->screen().window(); }
+  ZellickViewController& controller() { return counter_->controller(); }
+  NotificationCenter& notifications() { return counter_->notifications(); }
+  qt::QSettingsDefaults& settings() { return *defaults_; }
   Log& log() { return log_; }
 
  private:
+  void comeToTheFront();
+
   Environment environment_;
   qt::StderrLog log_;
   // The labels draw from the bundled face directly; Qt's text stack, which only the questions
   // use, is set up after the first frame, and a question waits for it.
   ui::FontSetupAhead fontSetup_;
-  qt::QSettingsDefaults defaults_;
   // The audio stack is loaded after the first frame, or by the first click before it.
   qt::DeferredSoundOutput sound_;
   qt::DirectoryBundle bundle_;
   UnsentTracker tracker_;
-  CounterScreen counter_;
+  // Taken before the settings file is opened: it is one app's file.
+  std::unique_ptr<qt::InstanceLock> instance_;
+  std::unique_ptr<qt::QSettingsDefaults> defaults_;
+  std::unique_ptr<CounterScreen> counter_;
   std::unique_ptr<qt::QtLifecycle> lifecycle_;
 };
 

@@ -20,6 +20,7 @@ namespace zellick {
 struct CounterServices {
   RunLoop& runLoop;
   Clock& clock;
+  MonotonicClock& uptime;  // what the running clocks count
   NotificationCenter& notifications;
   UserDefaults& defaults;
   SoundOutput& sound;
@@ -268,6 +269,7 @@ class ZellickViewController {
     int32_t* isStarted = nullptr;
     bool* isTimer = nullptr;
     void (ZellickViewController::*tickStep)(Timer&) = nullptr;
+    double* lastTick = nullptr;  // on the uptime clock
   };
   // One digit wheel: units is 1, thousands 4.
   struct Wheel {
@@ -301,7 +303,12 @@ class ZellickViewController {
   void placeWheels();
   void redraw();
   void catchUp(double secondsSinceNow);
-  std::vector<int32_t> readNumbers(const char* key, size_t count, DefaultsArray& saved);
+  void addOneSecond(const Memory& x);
+  // The changes a user makes reach the store within a second or two, however the app ends.
+  void stateChanged();
+  void autosave(Timer& timer);
+  void storeState();
+
   void log(const std::string& line) { services_.log.line(line); }
 
   CounterServices services_;
@@ -310,6 +317,9 @@ class ZellickViewController {
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   // The last save did not reach permanent storage, so the store holds older values.
   bool saveFailed_ = false;
+  TimerRef autosave_;
+  // When each memory's clock last counted a second, on the uptime clock.
+  double lastTick_[3] = {0, 0, 0};
 };
 
 }  // namespace zellick

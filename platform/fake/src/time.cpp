@@ -81,6 +81,10 @@ std::optional<double> VirtualRunLoop::nextDue() const {
   return std::nullopt;
 }
 
+void FakeMonotonicClock::suspend(double seconds) {
+  if (std::isfinite(seconds) && seconds > 0) suspended_ += seconds;
+}
+
 void WallClock::sleep(double seconds) {
   if (std::isfinite(seconds) && seconds > 0) slept_ += seconds;
 }

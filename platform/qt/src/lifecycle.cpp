@@ -10,6 +10,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 #include <csignal>
+#include <iterator>
+#include <string>
 
 namespace zellick::qt {
 
@@ -17,8 +19,18 @@ namespace {
 
 // The write end is all a signal handler touches.
 int g_signalPipe[2] = {-1, -1};
-struct sigaction g_oldTerm {};
-struct sigaction g_oldInt {};
+// The signals that end the app as a quit does: resign (and so save) first.
+constexpr int kEndingSignals[] = {SIGTERM, SIGINT, SIGHUP, SIGQUIT};
+struct sigaction g_old[std::size(kEndingSignals)]{};
+
+const char* signalName(int signo) {
+  switch (signo) {
+    case SIGINT: return "SIGINT";
+    case SIGHUP: return "SIGHUP";
+    case SIGQUIT: return "SIGQUIT";
+    default: return "SIGTERM";
+  }
+}
 
 void onTerminationSignal(int signo) {
   const auto byte = static_cast<char>(signo);
@@ -48,11 +60,12 @@ QtLifecycle::QtLifecycle(NotificationCenter& notifications, Log& log, QObject* p
   }
 
   if (g_signalPipe[0] != -1) {
-    log_.line("Lifecycle: another instance handles SIGTERM and SIGINT");
+    log_.line("Lifecycle: another instance handles the ending signals");
     return;
   }
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, g_signalPipe) != 0) {
-    log_.line("Lifecycle: no socket pair for signals; SIGTERM and SIGINT will not save");
+    log_.line(
+        "Lifecycle: no socket pair for signals; SIGTERM, SIGINT, SIGHUP and SIGQUIT will not save");
     g_signalPipe[0] = g_signalPipe[1] = -1;
     return;
   }
@@ -62,14 +75,14 @@ QtLifecycle::QtLifecycle(NotificationCenter& notifications, Log& log, QObject* p
   sa.sa_handler = onTerminationSignal;
   sigemptyset(&sa.sa_mask);
   sa.sa_flags = SA_RESTART;
-  sigaction(SIGTERM, &sa, &g_oldTerm);
-  sigaction(SIGINT, &sa, &g_oldInt);
+  for (size_t i = 0; i < std::size(kEndingSignals); ++i)
+    sigaction(kEndingSignals[i], &sa, &g_old[i]);
 }
 
 QtLifecycle::~QtLifecycle() {
   if (!signalNotifier_) return;
-  sigaction(SIGTERM, &g_oldTerm, nullptr);
-  sigaction(SIGINT, &g_oldInt, nullptr);
+  for (size_t i = 0; i < std::size(kEndingSignals); ++i)
+    sigaction(kEndingSignals[i], &g_old[i], nullptr);
   delete signalNotifier_;
   ::close(g_signalPipe[0]);
   ::close(g_signalPipe[1]);
@@ -117,7 +130,7 @@ void QtLifecycle::onSignal() {
   char buf[16];
   ssize_t n = ::read(g_signalPipe[1], buf, sizeof buf);
   if (n <= 0) return;
-  log_.line(buf[n - 1] == SIGINT ? "Lifecycle: SIGINT" : "Lifecycle: SIGTERM");
+  log_.line(std::string("Lifecycle: ") + signalName(buf[n - 1]));
   resignActive();
   QCoreApplication::quit();
 }

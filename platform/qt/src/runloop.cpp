@@ -4,6 +4,8 @@
 #include <QPointer>
 #include <QTimerEvent>
 
+#include <time.h>
+
 #include <cmath>
 #include <limits>
 
@@ -88,6 +90,12 @@ void QtRunLoop::timerEvent(QTimerEvent* event) {
   std::shared_ptr<QtRunLoopTimer> timer = std::move(it->second);
   pending_.erase(it);
   timer->fire();  // `timer` keeps it alive even if its holder drops it in the callback
+}
+
+double BootClock::now() const {
+  timespec t{};
+  clock_gettime(CLOCK_BOOTTIME, &t);
+  return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) / 1e9;
 }
 
 double QtClock::now() const {

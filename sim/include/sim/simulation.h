@@ -43,6 +43,7 @@ class World {
   const SimOptions& options() const { return options_; }
   fake::VirtualTime& time() { return time_; }
   fake::WallClock& clock() { return clock_; }
+  fake::FakeMonotonicClock& uptime() { return uptime_; }
   fake::EventRecorder& events() { return events_; }
   // The store underneath; `defaults()` is what processes use.
   fake::MemoryDefaults& store() { return store_; }
@@ -55,6 +56,7 @@ class World {
   SimOptions options_;
   fake::VirtualTime time_;
   fake::WallClock clock_;
+  fake::FakeMonotonicClock uptime_;
   fake::EventRecorder events_;
   fake::MemoryDefaults store_;
   UserDefaults* defaults_ = nullptr;
@@ -122,6 +124,12 @@ class Simulation {
   std::size_t wait(double seconds) { return process().runLoop().advance(seconds); }
   // Wall-clock time passes without the run loop turning.
   void sleep(double seconds) { world_.clock().sleep(seconds); }
+  // The machine sleeps, or the process is stopped, while the app runs: the wall clock and the
+  // monotonic clock move on, the run loop does not; its timers come due late.
+  void suspend(double seconds) {
+    world_.clock().sleep(seconds);
+    world_.uptime().suspend(seconds);
+  }
 
  private:
   World world_;

@@ -37,6 +37,8 @@ TEST(Lifecycle, PostsOnlyTransitionsAndEveryWayOutResignsOnceBeforeQuitting) {
   const Case cases[] = {
       {"SIGTERM", [](QWindow&) { ::kill(::getpid(), SIGTERM); }, "ARQ"},
       {"SIGINT", [](QWindow&) { ::kill(::getpid(), SIGINT); }, "ARQ"},
+      {"SIGHUP", [](QWindow&) { ::kill(::getpid(), SIGHUP); }, "ARQ"},
+      {"SIGQUIT", [](QWindow&) { ::kill(::getpid(), SIGQUIT); }, "ARQ"},
       {"session logout",
        [](QWindow&) {
          // The session manager the platform gave the application.
@@ -59,8 +61,8 @@ TEST(Lifecycle, PostsOnlyTransitionsAndEveryWayOutResignsOnceBeforeQuitting) {
                  Qt::ApplicationActive, Qt::ApplicationHidden});
        },
        "ARARAR|Q"}};
-  std::signal(SIGTERM, SIG_IGN);
-  std::signal(SIGINT, SIG_IGN);
+  const int ending[] = {SIGTERM, SIGINT, SIGHUP, SIGQUIT};
+  for (int signo : ending) std::signal(signo, SIG_IGN);
   for (const Case& c : cases) {
     // Every post in order: 'A' for become-active, 'R' for resign, 'Q' for the quit signal.
     NotificationCenter center;
@@ -88,15 +90,14 @@ TEST(Lifecycle, PostsOnlyTransitionsAndEveryWayOutResignsOnceBeforeQuitting) {
       QObject::disconnect(quit);
     }
     EXPECT_EQ(posts, c.posts) << c.name;
-    for (const int signo : {SIGTERM, SIGINT}) {
+    for (const int signo : ending) {
       struct sigaction now {};
       sigaction(signo, nullptr, &now);
       EXPECT_EQ(now.sa_handler, SIG_IGN)
           << c.name << ": handler of signal " << signo << " not restored";
     }
   }
-  std::signal(SIGTERM, SIG_DFL);
-  std::signal(SIGINT, SIG_DFL);
+  for (int signo : ending) std::signal(signo, SIG_DFL);
 }
 
 }  // namespace

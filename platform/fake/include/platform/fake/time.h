@@ -66,6 +66,23 @@ class VirtualRunLoop final : public RunLoop {
   std::map<std::pair<double, std::uint64_t>, Entry> queue_;
 };
 
+// The monotonic clock of a simulated machine: virtual time plus every second it spent
+// suspended (time the run loop did not turn, although the process never left the foreground).
+class FakeMonotonicClock final : public MonotonicClock {
+ public:
+  explicit FakeMonotonicClock(const VirtualTime& time) : time_(time) {}
+  FakeMonotonicClock(const FakeMonotonicClock&) = delete;
+  FakeMonotonicClock& operator=(const FakeMonotonicClock&) = delete;
+
+  double now() const override { return time_.now() + suspended_; }
+  // Negative or non-finite durations are ignored.
+  void suspend(double seconds);
+
+ private:
+  const VirtualTime& time_;
+  double suspended_ = 0;
+};
+
 // Wall-clock time: an epoch plus virtual time plus every second slept (time the app spent
 // inactive or not running, during which the run loop did not turn).
 class WallClock final : public Clock {

@@ -13,10 +13,10 @@ QT_END_NAMESPACE
 namespace zellick::qt {
 
 // Turns the application's activity into kDidBecomeActive / kWillResignActive posts: Qt's
-// application state, and on a desktop the window closing, quit, SIGTERM, SIGINT and session
-// logout, each of which resigns (and so saves) before the process ends. Posts only on a change:
-// never two resigns or two activations in a row. Main thread only; one instance at a time owns
-// SIGTERM and SIGINT.
+// application state, and on a desktop the window closing, quit, SIGTERM, SIGINT, SIGHUP (the
+// terminal closed), SIGQUIT and session logout, each of which resigns (and so saves) before the
+// process ends. Posts only on a change: never two resigns or two activations in a row. Main
+// thread only; one instance at a time owns those signals.
 class QtLifecycle : public QObject {
   Q_OBJECT
  public:

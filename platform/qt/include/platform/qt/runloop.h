@@ -45,4 +45,10 @@ class QtClock : public Clock {
   double now() const override;
 };
 
+// The system's boot-time clock (CLOCK_BOOTTIME): monotonic, and it counts suspended time.
+class BootClock : public MonotonicClock {
+ public:
+  double now() const override;
+};
+
 }  // namespace zellick::qt

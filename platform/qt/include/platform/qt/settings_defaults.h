@@ -42,6 +42,8 @@ class QSettingsDefaults : public UserDefaults {
   bool synchronize() override;
 
   const QString& filePath() const { return path_; }
+  // Changes not yet confirmed on disk.
+  bool hasUnsavedChanges() const { return !pending_.empty(); }
 
  private:
   void open();

@@ -1,0 +1,272 @@
+// The real app as a user meets it, checked for lost counts and lost seconds:
+//   zellick_life_test crash --app APP [--kills 200] [--seed N]
+//     Add is pressed through the window at random moments and SIGKILL comes at a random moment;
+//     the count on disk must never be more than the presses of the last 2 s behind the count
+//     shown. Reports the largest loss in presses and in seconds.
+//   zellick_life_test clock --app APP [--seconds 600] [--stop-at 20] [--stop-for 10] [--load 2]
+//     A running clock, across a SIGSTOP and with busy processes beside it: every second it shows
+//     comes within 0.2 s of the moment that second really passed.
+//   zellick_life_test instance --app APP
+//     A second start on the same settings file goes within 1 s and overwrites nothing; the
+//     first keeps counting.
+// APP is zellick_reliability_app. Exit status 0 when every check held.
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QThread>
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <random>
+
+#include "harness.h"
+
+namespace zellick::test {
+namespace {
+
+double monotonicMs() {
+  timespec t{};
+  clock_gettime(CLOCK_MONOTONIC, &t);
+  return static_cast<double>(t.tv_sec) * 1000.0 + static_cast<double>(t.tv_nsec) / 1e6;
+}
+
+struct Options {
+  QString app;
+  int kills = 200;
+  unsigned seed = std::random_device{}();
+  double seconds = 600, stopAt = 20, stopFor = 10;
+  int load = 2;
+};
+
+// One line the app printed: "<what> N at MS".
+struct Report {
+  long long value;
+  double ms;
+};
+std::vector<Report> reports(const QByteArray& out, const char* what) {
+  std::vector<Report> found;
+  const std::string format = std::string(what) + " %lld at %lf";
+  for (const QByteArray& line : out.split('\n')) {
+    Report r{};
+    if (std::sscanf(line.constData(), format.c_str(), &r.value, &r.ms) == 2) found.push_back(r);
+  }
+  return found;
+}
+
+// The app under test, its output gathered as it comes.
+struct App {
+  QProcess process;
+  QByteArray out;
+
+  App(const Options& o, const QProcessEnvironment& env, const QString& mode, const QString& log) {
+    process.setProcessEnvironment(env);
+    process.setStandardErrorFile(log, QIODevice::Append);
+    process.start(o.app, {mode});
+    process.waitForStarted(10000);
+  }
+  pid_t pid() { return static_cast<pid_t>(process.processId()); }
+  void gather(int ms) {
+    QElapsedTimer t;
+    t.start();
+    do {
+      process.waitForReadyRead(std::max<qint64>(1, ms - t.elapsed()));
+      out += process.readAllStandardOutput();
+    } while (t.elapsed() < ms && process.state() == QProcess::Running);
+  }
+  bool waitFor(const char* text, int ms) {
+    QElapsedTimer t;
+    t.start();
+    while (!out.contains(text) && t.elapsed() < ms && process.state() == QProcess::Running)
+      gather(50);
+    return out.contains(text);
+  }
+  void end(int signo) {
+    ::kill(pid(), signo);
+    process.waitForFinished(10000);
+    out += process.readAllStandardOutput();
+  }
+};
+
+int steps(long long from, long long to) {
+  return static_cast<int>(((to - from) % 10000 + 10000) % 10000);
+}
+
+int crash(const Options& o) {
+  QTemporaryDir dir;
+  const QString settings = dir.filePath("defaults.ini");
+  const QProcessEnvironment env = appEnvironment(dir, settings);
+  std::mt19937 rng(o.seed);
+  std::uniform_int_distribution<int> lifeMs(300, 3000);
+  int failures = 0, maxPresses = 0;
+  double maxSeconds = 0;
+  long long onDisk = 0;
+  for (int kill = 1; kill <= o.kills; ++kill) {
+    App app(o, env, "--press-randomly", dir.filePath("app.log"));
+    if (!app.waitFor("shown", 20000)) {
+      std::fprintf(stderr, "kill %d: no press within 20 s\n", kill);
+      return 1;
+    }
+    app.gather(lifeMs(rng));
+    const double killedAt = monotonicMs();
+    app.end(SIGKILL);
+    const std::vector<Report> shown = reports(app.out, "shown");
+    const SavedState s = readSaved(settings, dir.path());
+    if (!s.whole()) {
+      ++failures;
+      std::fprintf(stderr, "kill %d: the settings file is not whole\n", kill);
+      continue;
+    }
+    const long long disk = s.counters.at(0);
+    // What had to be on disk: the count shown 2 s before the kill, or where this run began.
+    long long due = onDisk;
+    for (const Report& r : shown)
+      if (r.ms <= killedAt - 2000) due = r.value;
+    const long long last = shown.empty() ? onDisk : shown.back().value;
+    const int lost = steps(disk, last);
+    const int reached = steps(onDisk, disk);
+    if (reached > steps(onDisk, last)) {
+      ++failures;
+      std::fprintf(stderr, "kill %d: %lld on disk, more than the %lld shown\n", kill, disk, last);
+    } else if (reached < steps(onDisk, due)) {
+      ++failures;
+      std::fprintf(stderr, "kill %d: %lld on disk, %lld was shown 2 s before the kill\n", kill,
+                   disk, due);
+    }
+    // How long ago the first count not on disk was shown.
+    double lostMs = 0;
+    for (const Report& r : shown)
+      if (steps(disk, r.value) >= 1 && steps(disk, r.value) <= lost) {
+        lostMs = killedAt - r.ms;
+        break;
+      }
+    maxPresses = std::max(maxPresses, lost);
+    maxSeconds = std::max(maxSeconds, lostMs / 1000.0);
+    onDisk = disk;
+  }
+  std::printf("crash: %d kills, %d failures; the largest loss %d presses, %.2f s\n", o.kills,
+              failures, maxPresses, maxSeconds);
+  return failures == 0 ? 0 : 1;
+}
+
+int clock(const Options& o) {
+  QTemporaryDir dir;
+  const QProcessEnvironment env = appEnvironment(dir, dir.filePath("defaults.ini"));
+  std::vector<pid_t> busy;
+  for (int i = 0; i < o.load; ++i) {
+    const pid_t pid = fork();
+    if (pid == 0) {
+      for (volatile unsigned long n = 0;;) n = n + 1;
+    }
+    busy.push_back(pid);
+  }
+  App app(o, env, "--run-clock", dir.filePath("app.log"));
+  bool ok = app.waitFor("clock started", 20000);
+  double startedAt = 0;
+  if (ok) {
+    std::sscanf(app.out.constData() + app.out.indexOf("clock started"), "clock started at %lf",
+                &startedAt);
+    app.gather(static_cast<int>(o.stopAt * 1000));
+    ::kill(app.pid(), SIGSTOP);
+    QThread::msleep(static_cast<unsigned long>(o.stopFor * 1000));
+    const double resumedAt = monotonicMs();
+    ::kill(app.pid(), SIGCONT);
+    app.gather(static_cast<int>((o.seconds - o.stopAt - o.stopFor) * 1000));
+    app.end(SIGTERM);
+
+    double worst = 0;
+    long long lastSecond = 0;
+    for (const Report& r : reports(app.out, "clock")) {
+      if (r.value == 0) continue;
+      const double late = (r.ms - startedAt) / 1000.0 - static_cast<double>(r.value);
+      lastSecond = r.value;
+      // The second shown first after the stop comes when the process runs again.
+      if (r.ms >= resumedAt && r.ms < resumedAt + 1000 && late < 1.2) continue;
+      worst = std::max(worst, std::abs(late));
+      if (late > 0.2 || late < -0.05) {
+        ok = false;
+        std::fprintf(stderr, "clock: second %lld shown %.3f s after it passed\n", r.value, late);
+      }
+    }
+    std::printf(
+        "clock: %.0f s with %d busy processes and a %.0f s stop; %lld s counted; every "
+        "second within %.3f s of its moment\n",
+        o.seconds, o.load, o.stopFor, lastSecond, worst);
+  }
+  for (const pid_t pid : busy) ::kill(pid, SIGKILL);
+  for (const pid_t pid : busy) waitpid(pid, nullptr, 0);
+  return ok ? 0 : 1;
+}
+
+int instance(const Options& o) {
+  QTemporaryDir dir;
+  const QString settings = dir.filePath("defaults.ini");
+  const QProcessEnvironment env = appEnvironment(dir, settings);
+  App first(o, env, "--press-randomly", dir.filePath("first.log"));
+  bool ok = first.waitFor("shown", 20000);
+  first.gather(500);
+  const double before = monotonicMs();
+  App second(o, env, "--press-randomly", dir.filePath("second.log"));
+  const bool gone = second.process.waitForFinished(1000);
+  const double tookMs = monotonicMs() - before;
+  first.gather(1000);
+  const std::vector<Report> shownAfter = [&] {
+    std::vector<Report> after;
+    for (const Report& r : reports(first.out, "shown"))
+      if (r.ms > before + tookMs) after.push_back(r);
+    return after;
+  }();
+  first.end(SIGTERM);
+  QFile log(dir.filePath("second.log"));
+  log.open(QIODevice::ReadOnly);
+  const QByteArray said = log.readAll();
+  const SavedState s = readSaved(settings, dir.path());
+  const std::vector<Report> shown = reports(first.out, "shown");
+  const auto check = [&ok](bool holds, const char* what) {
+    if (!holds) std::fprintf(stderr, "instance: %s\n", what);
+    ok = ok && holds;
+  };
+  check(gone && second.process.exitCode() == 0, "the second start did not end at once, normally");
+  check(said.contains("already running"), "the second start did not say why it went");
+  check(!shownAfter.empty(), "the first stopped counting");
+  check(s.whole() && !shown.empty() && s.counters.at(0) == shown.back().value,
+        "the file does not hold the first's last count");
+  std::printf("instance: the second start ended after %.0f ms (%s)\n", tookMs,
+              ok ? "ok" : "failed");
+  return ok ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace zellick::test
+
+int main(int argc, char** argv) {
+  QCoreApplication app(argc, argv);
+  using namespace zellick::test;
+  const QStringList args = app.arguments();
+  Options o;
+  for (int i = 2; i + 1 < args.size(); i += 2) {
+    const QString& k = args[i];
+    const QString& v = args[i + 1];
+    if (k == "--app") o.app = v;
+    if (k == "--kills") o.kills = v.toInt();
+    if (k == "--seed") o.seed = v.toUInt();
+    if (k == "--seconds") o.seconds = v.toDouble();
+    if (k == "--stop-at") o.stopAt = v.toDouble();
+    if (k == "--stop-for") o.stopFor = v.toDouble();
+    if (k == "--load") o.load = v.toInt();
+  }
+  const QString what = args.value(1);
+  if (o.app.isEmpty()) {
+    std::fprintf(stderr, "usage: %s crash|clock|instance --app APP [options]\n", argv[0]);
+    return 2;
+  }
+  if (what == "crash") return crash(o);
+  if (what == "clock") return clock(o);
+  if (what == "instance") return instance(o);
+  std::fprintf(stderr, "unknown harness '%s'\n", qPrintable(what));
+  return 2;
+}
