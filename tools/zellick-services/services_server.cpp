@@ -1,0 +1,297 @@
+#include "services_server.h"
+
+#include <httplib.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <charconv>
+#include <filesystem>
+#include <iterator>
+#include <ostream>
+
+#include "png.h"
+
+namespace zellick::standin {
+namespace {
+
+using Code = Status::Code;
+using std::chrono::milliseconds;
+
+const char* const kHost = "127.0.0.1";
+constexpr int kMaxApps = 10000;
+constexpr int kMaxIconDelayMs = 600000;
+constexpr std::uintmax_t kMaxFeedBytes = 16u << 20;
+constexpr std::size_t kMaxRecordBytes = 64u << 10;
+constexpr std::uint32_t kIconSide = 114;  // the @2x size the app stores
+// Store identifiers of the generated feed: 9 digits, distinct, for every id up to kMaxApps.
+constexpr long kFirstStoreId = 310000000;
+constexpr long kStoreIdStep = 7919;
+// Held replies each take a worker until stop, so there are more than the library's default.
+constexpr std::size_t kWorkers = 32;
+// An idle or half-sent connection is dropped after this, so stop never waits longer.
+constexpr time_t kIdleSeconds = 1;
+
+const std::array<std::string, 6> kValueOptions = {"--port",    "--feed",       "--apps",
+                                                  "--records", "--slow-icons", "--hang"};
+
+bool readInt(const std::string& text, int lo, int hi, int& out) {
+  int n = 0;
+  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), n);
+  if (ec != std::errc() || end != text.data() + text.size() || n < lo || n > hi) return false;
+  out = n;
+  return true;
+}
+
+// Line breaks in a record or a request line would split it: they are written as \r and \n.
+std::string oneLine(const std::string& text) {
+  std::string out;
+  out.reserve(text.size());
+  for (char c : text) {
+    if (c == '\n')
+      out += "\\n";
+    else if (c == '\r')
+      out += "\\r";
+    else
+      out += c;
+  }
+  return out;
+}
+
+// Priorities follow no order, so the app's sort shows.
+std::string generatedFeed(int apps) {
+  std::string xml = "<?xml version=\"1.0\"?>\n<apps>\n";
+  for (int id = 1; id <= apps; ++id) {
+    const std::string n = std::to_string(id);
+    xml += "  <app>\n    <appid>" + n + "</appid>\n    <appname>Zellick Sample App " + n +
+           "</appname>\n    <appleid>" + std::to_string(kFirstStoreId + id * kStoreIdStep) +
+           "</appleid>\n    <priority>" + std::to_string(id * 53 % 97) + "</priority>\n  </app>\n";
+  }
+  return xml + "</apps>\n";
+}
+
+Status readFeed(const std::string& path, std::string& out) {
+  std::error_code ec;
+  if (!std::filesystem::is_regular_file(path, ec)) {
+    return Status(Code::InvalidArgument, "the feed " + path + " is not a readable file");
+  }
+  const std::uintmax_t size = std::filesystem::file_size(path, ec);
+  if (ec) return Status(Code::Failed, "cannot read the feed " + path + ": " + ec.message());
+  if (size > kMaxFeedBytes) return Status(Code::TooLarge, "the feed " + path + " is over 16 MiB");
+  std::ifstream in(path, std::ios::binary);
+  out.assign(std::istreambuf_iterator<char>(in), {});
+  if (!in.is_open() || in.bad()) return Status(Code::Failed, "cannot read the feed " + path);
+  return {};
+}
+
+// A square in a colour taken from the id's hash, with a lighter centre.
+std::string iconPng(const std::string& id) {
+  std::uint64_t h = 14695981039346656037ull;  // FNV-1a
+  for (char c : id) h = (h ^ static_cast<std::uint8_t>(c)) * 1099511628211ull;
+  const std::uint8_t base[3] = {std::uint8_t(h >> 16), std::uint8_t(h >> 8), std::uint8_t(h)};
+  std::vector<std::uint8_t> rgb;
+  rgb.reserve(kIconSide * kIconSide * 3);
+  for (std::uint32_t y = 0; y < kIconSide; ++y) {
+    for (std::uint32_t x = 0; x < kIconSide; ++x) {
+      const auto inside = [](std::uint32_t v) {
+        return v >= kIconSide / 4 && v < kIconSide * 3 / 4;
+      };
+      for (std::uint8_t c : base) rgb.push_back(inside(x) && inside(y) ? (c + 255) / 2 : c);
+    }
+  }
+  return encodeRgbPng(kIconSide, kIconSide, rgb);
+}
+
+void configure(httplib::Server& server) {
+  server.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
+  server.set_keep_alive_timeout(kIdleSeconds);
+  server.set_read_timeout(kIdleSeconds);
+  server.set_payload_max_length(kMaxRecordBytes);
+}
+
+}  // namespace
+
+const char* const kServicesUsage =
+    "usage: zellick-services [--port P] [--feed FILE | --apps N] [--records FILE]\n"
+    "                        [--slow-icons MS] [--hang PATH]\n"
+    "Stands in for the maker's web services at http://127.0.0.1:PORT/:\n"
+    "  GET  apps.php       the catalogue feed (any query)\n"
+    "  GET  icons/ID.png   a 114x114 PNG coloured after ID (1 to 20 digits)\n"
+    "  POST tracker.php    a usage record: one line on stdout, replies OK\n"
+    "Options:\n"
+    "  --port P            the port; 0 (default) picks a free one\n"
+    "  --feed FILE         serve FILE as the feed, bytes untouched\n"
+    "  --apps N            generate a feed of N entries (default 5, at most 10000)\n"
+    "  --records FILE      append every record to FILE, one per line\n"
+    "  --slow-icons MS     wait MS milliseconds before each icon reply\n"
+    "  --hang PATH         never answer requests for PATH (e.g. tracker.php) until stopped\n"
+    "A line break in a record is written as \\n (\\r). SIGINT or SIGTERM stops it.\n";
+
+ParsedArgs parseServicesArgs(const std::vector<std::string>& args) {
+  ParsedArgs out;
+  auto fail = [&out](const std::string& why) {
+    out.status = Status(Code::InvalidArgument, why);
+    return out;
+  };
+  bool appsGiven = false;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const std::string& name = args[i];
+    if (name == "--help" || name == "-h") {
+      out.help = true;
+      continue;
+    }
+    if (std::find(kValueOptions.begin(), kValueOptions.end(), name) == kValueOptions.end()) {
+      return fail("unknown option " + name);
+    }
+    if (i + 1 == args.size()) return fail(name + " needs a value");
+    const std::string& value = args[++i];
+    int n = 0;
+    if (name == "--feed")
+      out.options.feedFile = value;
+    else if (name == "--records")
+      out.options.recordsFile = value;
+    else if (name == "--hang" && !value.empty())
+      out.options.hangPath = value;
+    else if (name == "--port" && readInt(value, 0, 65535, n))
+      out.options.port = n;
+    else if (name == "--apps" && readInt(value, 0, kMaxApps, n)) {
+      out.options.apps = n;
+      appsGiven = true;
+    } else if (name == "--slow-icons" && readInt(value, 0, kMaxIconDelayMs, n)) {
+      out.options.iconDelay = milliseconds(n);
+    } else {
+      return fail("bad value for " + name + ": '" + value + "'");
+    }
+  }
+  if (appsGiven && out.options.feedFile) return fail("--feed and --apps exclude each other");
+  return out;
+}
+
+ServicesServer::ServicesServer(ServicesOptions options, std::ostream* records, std::ostream* log)
+    : options_(std::move(options)), recordsOut_(records), log_(log) {
+  if (options_.hangPath && !options_.hangPath->starts_with('/')) {
+    options_.hangPath = "/" + *options_.hangPath;
+  }
+}
+
+ServicesServer::~ServicesServer() { stop(); }
+
+std::string ServicesServer::baseUrl() const {
+  return "http://" + std::string(kHost) + ":" + std::to_string(port_) + "/";
+}
+
+std::vector<std::string> ServicesServer::records() const {
+  std::lock_guard lock(mutex_);
+  return records_;
+}
+
+Status ServicesServer::start() {
+  if (options_.apps < 0 || options_.apps > kMaxApps) {
+    return Status(Code::InvalidArgument, "the feed can hold 0 to 10000 entries");
+  }
+  if (options_.feedFile) {
+    if (Status s = readFeed(*options_.feedFile, feed_); !s.ok()) return s;
+  } else {
+    feed_ = generatedFeed(options_.apps);
+  }
+  if (options_.recordsFile) {
+    recordsFile_.open(*options_.recordsFile, std::ios::app | std::ios::binary);
+    if (!recordsFile_) {
+      return Status(Code::Failed, "cannot append to the records file " + *options_.recordsFile);
+    }
+  }
+  maker_.server = std::make_unique<httplib::Server>();
+  configure(*maker_.server);
+  installMakerRoutes(*maker_.server);
+  if (Status s = startListener(maker_, options_.port); !s.ok()) return s;
+  port_ = maker_.port;
+  return {};
+}
+
+Status ServicesServer::startListener(Listener& listener, int port) {
+  httplib::Server& server = *listener.server;
+  const int bound =
+      port == 0 ? server.bind_to_any_port(kHost) : (server.bind_to_port(kHost, port) ? port : -1);
+  if (bound < 0) {
+    return Status(Code::Unavailable,
+                  "cannot listen on " + std::string(kHost) + ":" + std::to_string(port));
+  }
+  listener.port = bound;
+  // The library offers no wait for readiness, and stop() before it runs would be lost.
+  auto ended = std::make_shared<std::atomic<bool>>(false);
+  listener.thread = std::thread([&server, ended] {
+    server.listen_after_bind();
+    *ended = true;
+  });
+  while (!server.is_running() && !*ended) std::this_thread::sleep_for(milliseconds(1));
+  if (!server.is_running()) {
+    listener.thread.join();
+    return Status(Code::Failed, "the server on port " + std::to_string(bound) + " ended at once");
+  }
+  return {};
+}
+
+void ServicesServer::stop() {
+  {
+    std::lock_guard lock(mutex_);
+    stopped_ = true;
+  }
+  stopping_.notify_all();
+  for (Listener* listener : {&maker_}) {
+    if (!listener->thread.joinable()) continue;
+    listener->server->stop();
+    listener->thread.join();
+  }
+}
+
+bool ServicesServer::pause(std::optional<milliseconds> d) {
+  std::unique_lock lock(mutex_);
+  const auto stopped = [this] { return stopped_; };
+  if (!d) stopping_.wait(lock, stopped);
+  return !stopping_.wait_for(lock, d.value_or(milliseconds(0)), stopped);
+}
+
+void ServicesServer::record(const std::string& body) {
+  const std::string line = oneLine(body);
+  std::lock_guard lock(mutex_);
+  records_.push_back(body);
+  if (recordsOut_) *recordsOut_ << line << std::endl;
+  if (recordsFile_.is_open() && !(recordsFile_ << line << std::endl) && log_) {
+    *log_ << "zellick-services: cannot write the records file; records go on in memory"
+          << std::endl;
+    recordsFile_.close();
+  }
+}
+
+void ServicesServer::installMakerRoutes(httplib::Server& server) {
+  using httplib::Request;
+  using httplib::Response;
+  server.set_pre_routing_handler([this](const Request& req, Response& res) {
+    if (!options_.hangPath || req.path != *options_.hangPath) {
+      return httplib::Server::HandlerResponse::Unhandled;
+    }
+    pause(std::nullopt);  // the client gives up first, or the server stops
+    res.status = 503;
+    return httplib::Server::HandlerResponse::Handled;
+  });
+  server.Get("/apps.php",
+             [this](const Request&, Response& res) { res.set_content(feed_, "text/xml"); });
+  server.Get(R"(/icons/(\d{1,20})\.png)", [this](const Request& req, Response& res) {
+    if (options_.iconDelay.count() > 0 && !pause(options_.iconDelay)) {
+      res.status = 503;
+      return;
+    }
+    res.set_content(iconPng(req.matches[1].str()), "image/png");
+  });
+  server.Post("/tracker.php", [this](const Request& req, Response& res) {
+    record(req.body);
+    res.set_content("OK", "text/plain");
+  });
+  server.set_logger([this](const Request& req, const Response& res) {
+    if (!log_) return;
+    std::lock_guard lock(mutex_);
+    *log_ << req.method << ' ' << oneLine(req.target) << ' ' << res.status << std::endl;
+  });
+}
+
+}  // namespace zellick::standin
