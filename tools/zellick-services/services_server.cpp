@@ -1,6 +1,7 @@
 #include "services_server.h"
 
 #include <httplib.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <array>
@@ -103,11 +104,26 @@ std::string iconPng(const std::string& id) {
 }
 
 void configure(httplib::Server& server) {
+  // The library's default shares the port (SO_REUSEPORT): a second stand-in on a taken port
+  // would split the requests with the first instead of failing to start.
+  server.set_socket_options([](socket_t sock) {
+    int yes = 1;
+    setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
+  });
   server.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
   server.set_keep_alive_timeout(kIdleSeconds);
   server.set_read_timeout(kIdleSeconds);
   server.set_payload_max_length(kMaxRecordBytes);
 }
+
+// The library listens with a backlog of 5: a burst of parallel downloads (the app fetches
+// every icon at once) overflows it, and the kernel has the late ones retry a second later.
+// Its listening socket is protected; a pointer to member taken here reaches it.
+struct ListeningSocket : httplib::Server {
+  static void widenBacklog(const httplib::Server& server) {
+    ::listen(server.*(&ListeningSocket::svr_sock_), SOMAXCONN);
+  }
+};
 
 }  // namespace
 
@@ -217,6 +233,7 @@ Status ServicesServer::startListener(Listener& listener, int port) {
                   "cannot listen on " + std::string(kHost) + ":" + std::to_string(port));
   }
   listener.port = bound;
+  ListeningSocket::widenBacklog(server);
   // The library offers no wait for readiness, and stop() before it runs would be lost.
   auto ended = std::make_shared<std::atomic<bool>>(false);
   listener.thread = std::thread([&server, ended] {
