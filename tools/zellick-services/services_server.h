@@ -21,12 +21,12 @@ namespace zellick::standin {
 
 // What the stand-in serves. Paths are relative to the base URL ("apps.php", "icons/7.png").
 struct ServicesOptions {
-  int port = 0;                            // 0: any free port
-  std::optional<std::string> feedFile;     // served as is instead of the generated feed
-  int apps = 5;                            // entries in the generated feed
-  std::optional<std::string> recordsFile;  // every record is appended to it as one line
-  std::chrono::milliseconds iconDelay{0};  // before each icon reply
-  std::optional<std::string> hangPath;     // requests for it get no answer until stop
+  int port = 0;                              // 0: any free port
+  std::optional<std::string> feedFile{};     // served as is instead of the generated feed
+  int apps = 5;                              // entries in the generated feed
+  std::optional<std::string> recordsFile{};  // every record is appended to it as one line
+  std::chrono::milliseconds iconDelay{0};    // before each icon reply
+  std::optional<std::string> hangPath{};     // requests for it get no answer until stop
 };
 
 // The command line: options, or --help, or what is wrong with it.
