@@ -12,11 +12,11 @@ int main(int argc, char** argv) {
   using namespace zellick::standin;
   const ParsedArgs parsed = parseServicesArgs({argv + 1, argv + argc});
   if (parsed.help) {
-    std::cout << kServicesUsage;
+    std::cout << servicesUsage();
     return 0;
   }
   if (!parsed.status.ok()) {
-    std::cerr << "zellick-services: " << parsed.status.message() << "\n" << kServicesUsage;
+    std::cerr << "zellick-services: " << parsed.status.message() << "\n" << servicesUsage();
     return 2;
   }
   // Blocked before any thread starts, so every thread inherits the mask and this one alone

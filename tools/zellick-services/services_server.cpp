@@ -28,6 +28,7 @@ constexpr std::uint32_t kIconSide = 114;  // the @2x size the app stores
 // Store identifiers of the generated feed: 9 digits, distinct, for every id up to kMaxApps.
 constexpr long kFirstStoreId = 310000000;
 constexpr long kStoreIdStep = 7919;
+static_assert(kFirstStoreId + kMaxApps * kStoreIdStep < 1000000000);
 // Held replies each take a worker until stop, so there are more than the library's default.
 constexpr std::size_t kWorkers = 32;
 // An idle or half-sent connection is dropped after this, so stop never waits longer.
@@ -78,7 +79,10 @@ Status readFeed(const std::string& path, std::string& out) {
   }
   const std::uintmax_t size = std::filesystem::file_size(path, ec);
   if (ec) return Status(Code::Failed, "cannot read the feed " + path + ": " + ec.message());
-  if (size > kMaxFeedBytes) return Status(Code::TooLarge, "the feed " + path + " is over 16 MiB");
+  if (size > kMaxFeedBytes) {
+    return Status(Code::TooLarge,
+                  "the feed " + path + " is over " + std::to_string(kMaxFeedBytes) + " bytes");
+  }
   std::ifstream in(path, std::ios::binary);
   out.assign(std::istreambuf_iterator<char>(in), {});
   if (!in.is_open() || in.bad()) return Status(Code::Failed, "cannot read the feed " + path);
@@ -127,21 +131,29 @@ struct ListeningSocket : httplib::Server {
 
 }  // namespace
 
-const char* const kServicesUsage =
-    "usage: zellick-services [--port P] [--feed FILE | --apps N] [--records FILE]\n"
-    "                        [--slow-icons MS] [--hang PATH]\n"
-    "Stands in for the maker's web services at http://127.0.0.1:PORT/:\n"
-    "  GET  apps.php       the catalogue feed (any query)\n"
-    "  GET  icons/ID.png   a 114x114 PNG coloured after ID (1 to 20 digits)\n"
-    "  POST tracker.php    a usage record: one line on stdout, replies OK\n"
-    "Options:\n"
-    "  --port P            the port; 0 (default) picks a free one\n"
-    "  --feed FILE         serve FILE as the feed, bytes untouched\n"
-    "  --apps N            generate a feed of N entries (default 5, at most 10000)\n"
-    "  --records FILE      append every record to FILE, one per line\n"
-    "  --slow-icons MS     wait MS milliseconds before each icon reply\n"
-    "  --hang PATH         never answer requests for PATH (e.g. tracker.php) until stopped\n"
-    "A line break in a record is written as \\n (\\r). SIGINT or SIGTERM stops it.\n";
+std::string servicesUsage() {
+  const std::string side = std::to_string(kIconSide);
+  return "usage: zellick-services [--port P] [--feed FILE | --apps N] [--records FILE]\n"
+         "                        [--slow-icons MS] [--hang PATH]\n"
+         "Stands in for the maker's web services at http://" +
+         std::string(kHost) +
+         ":PORT/:\n"
+         "  GET  apps.php       the catalogue feed (any query)\n"
+         "  GET  icons/ID.png   a " +
+         side + "x" + side +
+         " PNG coloured after ID (1 to 20 digits)\n"
+         "  POST tracker.php    a usage record: one line on stdout, replies OK\n"
+         "Options:\n"
+         "  --port P            the port; 0 (default) picks a free one\n"
+         "  --feed FILE         serve FILE as the feed, bytes untouched\n"
+         "  --apps N            generate a feed of N entries (default " +
+         std::to_string(ServicesOptions{}.apps) + ", at most " + std::to_string(kMaxApps) +
+         ")\n"
+         "  --records FILE      append every record to FILE, one per line\n"
+         "  --slow-icons MS     wait MS milliseconds before each icon reply\n"
+         "  --hang PATH         never answer requests for PATH (e.g. tracker.php) until stopped\n"
+         "A line break in a record is written as \\n (\\r). SIGINT or SIGTERM stops it.\n";
+}
 
 ParsedArgs parseServicesArgs(const std::vector<std::string>& args) {
   ParsedArgs out;
@@ -203,7 +215,8 @@ std::vector<std::string> ServicesServer::records() const {
 
 Status ServicesServer::start() {
   if (options_.apps < 0 || options_.apps > kMaxApps) {
-    return Status(Code::InvalidArgument, "the feed can hold 0 to 10000 entries");
+    return Status(Code::InvalidArgument,
+                  "the feed can hold 0 to " + std::to_string(kMaxApps) + " entries");
   }
   if (options_.feedFile) {
     if (Status s = readFeed(*options_.feedFile, feed_); !s.ok()) return s;

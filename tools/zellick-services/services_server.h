@@ -36,7 +36,7 @@ struct ParsedArgs {
   ServicesOptions options;
 };
 ParsedArgs parseServicesArgs(const std::vector<std::string>& args);
-extern const char* const kServicesUsage;
+std::string servicesUsage();
 
 // The maker's web services on 127.0.0.1: the catalogue feed, icons and the usage tracker.
 // Each record is written to `records` as one line when given; `log` gets one line per request.
