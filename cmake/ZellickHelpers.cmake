@@ -24,12 +24,14 @@ function(zellick_library name)
 endfunction()
 
 # zellick_test(<name> SOURCES ... [DEPENDS ...] [PREFIX p] [LABELS ...] [ENVIRONMENT ...]
-#              [TIMEOUT s] [WHOLE] [OWN_MAIN])
+#              [TIMEOUT s] [WHOLE [LAUNCHER command...]] [OWN_MAIN])
 # A GoogleTest executable, with GoogleTest's main unless OWN_MAIN (its sources or DEPENDS bring
 # one). Each case becomes a ctest entry named PREFIX.Suite.Case, unless WHOLE: then the
-# executable is one entry. Qt tests run offscreen, silent, with Qt Quick's software renderer.
+# executable is one entry, run through LAUNCHER if given. Qt tests run offscreen, silent, with Qt
+# Quick's software renderer.
 function(zellick_test name)
-  cmake_parse_arguments(ARG "WHOLE;OWN_MAIN" "PREFIX;TIMEOUT" "SOURCES;DEPENDS;LABELS;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(ARG "WHOLE;OWN_MAIN" "PREFIX;TIMEOUT"
+                        "SOURCES;DEPENDS;LABELS;ENVIRONMENT;LAUNCHER" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_DEPENDS} GTest::gtest GTest::gmock)
   if(NOT ARG_OWN_MAIN)
@@ -41,7 +43,7 @@ function(zellick_test name)
     set(ARG_TIMEOUT 120)
   endif()
   if(ARG_WHOLE)
-    add_test(NAME ${name} COMMAND ${name})
+    add_test(NAME ${name} COMMAND ${ARG_LAUNCHER} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES ENVIRONMENT "${_env}" LABELS "${ARG_LABELS}"
                          TIMEOUT ${ARG_TIMEOUT})
   else()
