@@ -5,6 +5,18 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QThread>
+
+#include <sys/inotify.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstring>
+#include <functional>
+#include <mutex>
+#include <thread>
 
 #include "platform/fake/services.h"
 #include "platform/qt/settings_defaults.h"
@@ -18,8 +30,7 @@ namespace {
 
 // QSettings caches files by path inside a process, so every read-back goes through a copy
 // that no QSettings has seen: what it yields is what a new process would read.
-std::unique_ptr<QSettingsDefaults> reopen(const QTemporaryDir& dir, const QString& path,
-                                          RecordingLog& log) {
+std::unique_ptr<QSettingsDefaults> reopen(const QTemporaryDir& dir, const QString& path, Log& log) {
   static int n = 0;
   const QString copy = dir.filePath(QString("copy%1.ini").arg(++n));
   if (QFile::exists(path)) {
@@ -27,6 +38,70 @@ std::unique_ptr<QSettingsDefaults> reopen(const QTemporaryDir& dir, const QStrin
   }
   return std::make_unique<QSettingsDefaults>(copy, log);
 }
+
+// A log the store's writer thread may write to while the test reads it.
+class LockedLog final : public Log {
+ public:
+  void line(const std::string& text) override {
+    std::lock_guard lock(mutex_);
+    lines_.push_back(text);
+  }
+  std::vector<std::string> lines() const {
+    std::lock_guard lock(mutex_);
+    return lines_;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<std::string> lines_;
+};
+
+void writeFile(const QString& path, const QByteArray& bytes) {
+  QFile f(path);
+  ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+  ASSERT_EQ(f.write(bytes), bytes.size());
+}
+
+QByteArray readFile(const QString& path) {
+  QFile f(path);
+  return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// Polls `done` for up to five seconds.
+bool eventually(const std::function<bool()>& done) {
+  QElapsedTimer t;
+  t.start();
+  while (!done()) {
+    if (t.elapsed() > 5000) return false;
+    QThread::msleep(5);
+  }
+  return true;
+}
+
+// inotify events on a path since the watch began; `name` keeps only those about that entry of
+// a watched folder.
+class Watch {
+ public:
+  Watch(const QString& path, uint32_t mask) : fd_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+    EXPECT_GE(inotify_add_watch(fd_, QFile::encodeName(path).constData(), mask), 0);
+  }
+  ~Watch() { close(fd_); }
+  int count(const char* name = nullptr) {
+    alignas(inotify_event) char buf[4096];
+    for (ssize_t n; (n = read(fd_, buf, sizeof buf)) > 0;) {
+      for (ssize_t at = 0; at < n;) {
+        const auto* e = reinterpret_cast<const inotify_event*>(buf + at);
+        if (!name || (e->len > 0 && std::strcmp(e->name, name) == 0)) ++seen_;
+        at += static_cast<ssize_t>(sizeof(inotify_event) + e->len);
+      }
+    }
+    return seen_;
+  }
+
+ private:
+  int fd_;
+  int seen_ = 0;
+};
 
 struct RoundTrip {
   const char* key;
@@ -149,6 +224,113 @@ TEST(SettingsDefaults, FailedWriteReportsAndKeepsChangesPending) {
   EXPECT_TRUE(d.synchronize());
   EXPECT_LT(t.elapsed(), 1000);
   EXPECT_EQ(reopen(dir, dir.filePath("file/zellick.ini"), log)->integerForKey("TapValue"), 3);
+}
+
+// Saves asked for in the background return at once, many of them make one write that carries the
+// latest values, and keys set from two threads, saved both ways at once, are all kept.
+TEST(SettingsDefaults, BackgroundSavesCoalesceAndKeepEveryThreadsKeys) {
+  QTemporaryDir dir;
+  LockedLog log;
+  const QString path = dir.filePath("zellick.ini");
+  QSettingsDefaults d(path, log);
+  // An empty lock file made just now holds the first write back for its grace period.
+  writeFile(path + ".lock", {});
+  Watch writes(dir.path(), IN_MOVED_TO | IN_CREATE);
+  QElapsedTimer t;
+  t.start();
+  for (long long i = 1; i <= 50; ++i) {
+    d.setInteger("TapValue", i);
+    d.synchronizeInBackground();
+  }
+  EXPECT_LT(t.elapsed(), 100) << "the callers waited for the disk";
+  EXPECT_TRUE(d.hasUnsavedChanges());
+  ASSERT_TRUE(eventually([&] { return !d.hasUnsavedChanges(); }));
+  EXPECT_LE(writes.count("zellick.ini"), 2) << "50 requests were not coalesced";
+  EXPECT_EQ(reopen(dir, path, log)->integerForKey("TapValue"), 50);
+
+  // A change made while a save is writing is not taken for saved by it.
+  const auto inode = [&path] {
+    struct stat st {};
+    stat(qPrintable(path), &st);
+    return st.st_ino;
+  };
+  const ino_t before = inode();
+  d.setObject("Text", std::string(8 << 20, 'x'));  // long enough to write for a while
+  d.setInteger("TapValue", 51);
+  d.synchronizeInBackground();
+  QThread::msleep(10);
+  ASSERT_EQ(inode(), before) << "the save ended before the change";
+  d.setInteger("TapValue", 52);
+  d.synchronizeInBackground();
+  ASSERT_TRUE(eventually([&] { return !d.hasUnsavedChanges(); }));
+  EXPECT_EQ(d.integerForKey("TapValue"), 52);
+  EXPECT_EQ(reopen(dir, path, log)->integerForKey("TapValue"), 52);
+  d.removeObjectForKey("Text");
+
+  const auto writer = [&d](const std::string& prefix, bool inBackground) {
+    for (long long round = 0; round < 100; ++round) {
+      for (int k = 0; k < 10; ++k) d.setInteger(prefix + std::to_string(k), round);
+      if (inBackground) {
+        d.synchronizeInBackground();
+      } else if (round % 10 == 0) {
+        d.synchronize();
+      }
+    }
+  };
+  std::thread a(writer, "A", true), b(writer, "B", false);
+  a.join();
+  b.join();
+  EXPECT_TRUE(d.synchronize());
+  EXPECT_FALSE(d.hasUnsavedChanges());
+  const auto fresh = reopen(dir, path, log);
+  for (const char* prefix : {"A", "B"}) {
+    for (int k = 0; k < 10; ++k) {
+      const std::string key = prefix + std::to_string(k);
+      EXPECT_EQ(d.integerForKey(key), 99) << key;
+      EXPECT_EQ(fresh->integerForKey(key), 99) << key;
+    }
+  }
+  EXPECT_EQ(log.lines().size(), 1u) << "the lock's line only";
+}
+
+// A save the system refuses part-way (here the file size limit, with SIGXFSZ ignored as the app
+// does) is reported, leaves the old file whole and nothing beside it, and keeps the changes.
+TEST(SettingsDefaults, WriteCutShortKeepsOldFileAndChanges) {
+  for (const bool inBackground : {false, true}) {
+    QTemporaryDir dir;
+    LockedLog log;
+    const QString path = dir.filePath("zellick.ini");
+    QSettingsDefaults d(path, log);
+    d.setInteger("ButtonId", 2);
+    ASSERT_TRUE(d.synchronize());
+    const QByteArray before = readFile(path);
+    const QStringList entries = QDir(dir.path()).entryList(QDir::Files);
+
+    d.setObject("Text", std::string(8000, 'x'));
+    rlimit old{};
+    getrlimit(RLIMIT_FSIZE, &old);
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = old;
+    small.rlim_cur = 2048;  // room for the lock file, not for the settings
+    setrlimit(RLIMIT_FSIZE, &small);
+    if (inBackground) {
+      d.synchronizeInBackground();
+      EXPECT_TRUE(eventually([&] { return log.lines().size() == 1; }));
+    } else {
+      EXPECT_FALSE(d.synchronize());
+    }
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 1u) << inBackground;
+    EXPECT_NE(lines[0].find("changes not saved"), std::string::npos) << lines[0];
+    EXPECT_TRUE(d.hasUnsavedChanges()) << inBackground;
+    EXPECT_EQ(readFile(path), before) << inBackground;
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), entries) << inBackground;
+    EXPECT_TRUE(d.synchronize()) << inBackground;
+    EXPECT_EQ(reopen(dir, path, log)->objectForKey("Text"), DefaultsValue(std::string(8000, 'x')));
+  }
 }
 
 }  // namespace
