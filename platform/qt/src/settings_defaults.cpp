@@ -21,6 +21,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/qt/settings_scan.h"
+
 namespace zellick::qt {
 
 namespace {
@@ -77,6 +79,70 @@ void clearDeadEmptyLock(const QString& lockPath, std::vector<std::string>& lines
     ::close(fd);
     QThread::msleep(static_cast<unsigned long>(std::clamp(kGraceMs - ageMs, 1L, kGraceMs)));
   }
+}
+
+// What stands at a settings path. Only a regular file is ever opened, and without blocking, so
+// that a FIFO or device put in its place cannot hang the start.
+struct Probe {
+  bool file = false;
+  const char* other = nullptr;  // what stands there instead of a file, if anything
+  std::string bytes;            // a file's bytes, one beyond the limit at most
+};
+
+const char* kindOf(mode_t mode) {
+  if (S_ISDIR(mode)) return "a folder";
+  if (S_ISFIFO(mode)) return "a FIFO";
+  if (S_ISSOCK(mode)) return "a socket";
+  if (S_ISCHR(mode) || S_ISBLK(mode)) return "a device";
+  return "not a regular file";
+}
+
+Probe probe(const QByteArray& name) {
+  struct stat st {};
+  // Absent, or behind a folder that cannot be searched: a save will tell.
+  if (::stat(name.constData(), &st) != 0) return {};
+  if (!S_ISREG(st.st_mode)) return {false, kindOf(st.st_mode), {}};
+  const int fd = ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (fd < 0) return {true, nullptr, {}};  // unreadable: QSettings reads nothing either
+  Probe p{true, nullptr, {}};
+  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    p = {false, kindOf(st.st_mode), {}};  // swapped since the stat
+  } else {
+    p.bytes.reserve(
+        std::min<std::size_t>(static_cast<std::size_t>(st.st_size), kMaxSettingsFileBytes) + 1);
+    char chunk[1 << 16];
+    while (p.bytes.size() <= kMaxSettingsFileBytes) {
+      const ssize_t n = ::read(fd, chunk, sizeof chunk);
+      if (n < 0 && errno == EINTR) continue;
+      if (n <= 0) break;
+      p.bytes.append(chunk, static_cast<std::size_t>(n));
+    }
+  }
+  ::close(fd);
+  return p;
+}
+
+// Moves the file at `path` aside in its own folder, under its name with the time appended, never
+// over another file. The new name, or nothing.
+std::optional<QString> moveAside(const QString& path) {
+  const QByteArray from = QFile::encodeName(path);
+  const QString stamped = path + QStringLiteral(".unreadable-") +
+                          QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+  for (int n = 1; n <= 100; ++n) {
+    const QString to = n == 1 ? stamped : stamped + QStringLiteral("-%1").arg(n);
+    const QByteArray toName = QFile::encodeName(to);
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, toName.constData(), RENAME_NOREPLACE) ==
+        0) {
+      return to;
+    }
+    // A file system that cannot refuse to replace: a hard link refuses, then the old name goes.
+    if (errno == EINVAL && ::link(from.constData(), toName.constData()) == 0) {
+      ::unlink(from.constData());
+      return to;
+    }
+    if (errno != EEXIST) return std::nullopt;
+  }
+  return std::nullopt;
 }
 
 // Whether `name` holds all of an INI file QSettings wrote with `keys` keys. QSettings reports a
@@ -182,10 +248,34 @@ QSettingsDefaults::~QSettingsDefaults() {
 }
 
 void QSettingsDefaults::load() {
+  const std::string shown = path_.toStdString();
+  const Probe found = probe(QFile::encodeName(path_));
+  if (found.other) {
+    log_.line("Settings: " + shown + " is " + found.other +
+              ", not a file; settings are kept in memory for this run");
+    memoryOnly_ = true;
+    return;
+  }
+  if (!found.file) return;
+  const SettingsScan scan = scanSettings(found.bytes);
+  for (const std::string& note : scan.notes) log_.line("Settings: " + shown + ": " + note);
+  if (!scan.unsafe.empty()) {
+    const auto aside = moveAside(path_);
+    const int error = errno;
+    if (aside) {
+      log_.line("Settings: " + shown + " " + scan.unsafe + "; moved aside to " +
+                aside->toStdString() + ", starting afresh");
+    } else {
+      log_.line("Settings: " + shown + " " + scan.unsafe + " and cannot be moved aside (" +
+                std::strerror(error) + "); settings are kept in memory for this run");
+      memoryOnly_ = true;
+    }
+    return;
+  }
   QSettings settings(path_, QSettings::IniFormat);
   for (const QString& k : settings.allKeys()) stored_[k.toStdString()] = settings.value(k);
   if (settings.status() != QSettings::NoError) {
-    log_.line("Settings: " + path_.toStdString() + " " + statusText(settings.status()) +
+    log_.line("Settings: " + shown + " " + statusText(settings.status()) +
               "; keeping what can be read");
   }
 }
@@ -269,7 +359,9 @@ bool QSettingsDefaults::save(std::vector<std::string>& lines) {
     std::lock_guard lock(mutex_);
     if (pending_.empty()) return true;
   }
-  {
+  if (memoryOnly_) {
+    takeChanges();
+  } else {
     QDir().mkpath(QFileInfo(path_).absolutePath());
     const QString lockPath = path_ + QStringLiteral(".lock");
     clearDeadEmptyLock(lockPath, lines);

@@ -4,6 +4,9 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -291,6 +294,152 @@ TEST(SettingsDefaults, BackgroundSavesCoalesceAndKeepEveryThreadsKeys) {
     }
   }
   EXPECT_EQ(log.lines().size(), 1u) << "the lock's line only";
+}
+
+// A FIFO (a blocking open would hang the start), a folder or a link to either is never opened:
+// one line, then the store keeps its values in memory and saves report success without a word.
+TEST(SettingsDefaults, PathThatIsNoFileIsNeverOpened) {
+  struct Case {
+    const char* name;
+    const char* kind;  // as the log line says
+    std::function<bool(const QString&)> make;
+  };
+  const Case cases[] = {
+      {"FIFO", "a FIFO", [](const QString& p) { return mkfifo(qPrintable(p), 0600) == 0; }},
+      {"folder", "a folder", [](const QString& p) { return QDir().mkdir(p); }},
+      {"link to a FIFO", "a FIFO",
+       [](const QString& p) {
+         return mkfifo(qPrintable(p + ".target"), 0600) == 0 && QFile::link(p + ".target", p);
+       }},
+  };
+  for (const Case& c : cases) {
+    QTemporaryDir dir;
+    LockedLog log;
+    const QString path = dir.filePath("zellick.ini");
+    ASSERT_TRUE(c.make(path)) << c.name;
+    const QStringList before = QDir(dir.path()).entryList(QDir::AllEntries | QDir::System);
+    Watch opened(QFileInfo(path).canonicalFilePath(), IN_OPEN | IN_ACCESS | IN_MODIFY);
+    QSettingsDefaults d(path, log);
+    EXPECT_FALSE(d.objectForKey("ButtonId").has_value()) << c.name;
+    d.setInteger("ButtonId", 2);
+    EXPECT_TRUE(d.synchronize()) << c.name;
+    d.setInteger("TapValue", 3);
+    d.synchronizeInBackground();
+    EXPECT_TRUE(eventually([&] { return !d.hasUnsavedChanges(); })) << c.name;
+    EXPECT_TRUE(d.synchronize()) << c.name;
+    EXPECT_EQ(d.integerForKey("ButtonId") * 10 + d.integerForKey("TapValue"), 23) << c.name;
+    EXPECT_EQ(opened.count(), 0) << c.name;
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::AllEntries | QDir::System), before)
+        << c.name << ": something was written beside it";
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 1u) << c.name;
+    EXPECT_NE(lines[0].find(path.toStdString() + " is " + c.kind), std::string::npos) << lines[0];
+  }
+}
+
+// The bytes QSettings writes for `value` under `key`.
+QByteArray writtenByQt(const char* key, const QVariant& value) {
+  QTemporaryDir dir;
+  {
+    QSettings s(dir.filePath("w.ini"), QSettings::IniFormat);
+    s.setValue(key, value);
+  }
+  return readFile(dir.filePath("w.ini"));
+}
+
+QVariant nestedLists(int depth) {
+  QVariant v = 1;
+  for (int i = 0; i < depth; ++i) v = QVariantList{v};
+  return v;
+}
+
+// A file QSettings could not parse safely is moved aside, never over another file, and the
+// store starts empty; one QSettings wrote itself is read, with a line for each oddity in it.
+TEST(SettingsDefaults, UnsafeFileIsMovedAsideAndLegitOneRead) {
+  QByteArray deep = "[General]\nButtonId=2\nDeep=@Variant(";
+  for (int i = 0; i < 50000; ++i) deep += "\\0\\0\\0\\t\\0\\0\\0\\x1";  // a list of one
+  deep += "\\0\\0\\0\\x2\\0\\0\\0\\x1)\n";
+  QVariantList catalogue;
+  for (int i = 0; i < 2000; ++i) {
+    catalogue << QVariantMap{{"name", QString("Item %1, \"%1\"").arg(i)},
+                             {"count", i},
+                             {"seen", QDateTime::currentDateTimeUtc()}};
+  }
+  struct Case {
+    const char* name;
+    QByteArray bytes;
+    bool unsafe;
+    std::vector<std::string> lines;  // what the lines say, for a file that is read
+    std::function<bool(const QSettingsDefaults&)> reads = [](auto&) { return true; };
+  };
+  const Case cases[] = {
+      {"50,000 nested lists", deep, true, {}},
+      {"nested one too deep", writtenByQt("Deep", nestedLists(33)), true, {}},
+      {"type we cannot walk", "Size=@Variant(\\0\\0\\0\\x87?\\xc0\\0\\0)\n", true, {}},
+      {"not UTF-8", "ButtonId=2\nName=caf\xe9\n", true, {}},
+      {"line over 16 MiB", "ButtonId=2\nText=" + QByteArray((16 << 20) + 1, 'x'), true, {}},
+      {"file over 32 MiB", "ButtonId=2\n;" + QByteArray(32 << 20, ';'), true, {}},
+      {"nested as deep as allowed",
+       writtenByQt("Deep", nestedLists(32)),
+       false,
+       {},
+       [](auto& d) { return d.arrayForKey("Deep").has_value(); }},
+      {"catalogue of 2,000 maps",
+       writtenByQt("Catalogue", catalogue),
+       false,
+       {},
+       [](auto& d) { return d.arrayForKey("Catalogue")->size() == 2000; }},
+      {"repeated key",
+       "[General]\nButtonId=1\nTapValue=3\n[general]\nButtonId=2\n",
+       false,
+       {"key \"ButtonId\" is given 2 times in [General]; the last one is used"},
+       [](auto& d) { return d.integerForKey("ButtonId") == 2; }},
+      {"foreign sections",
+       "ButtonId=2\n[Window]\nWidth=3\nHeight=4\n[" + QByteArray(100, 'w') + "]\nX=1\n",
+       false,
+       {"section \"Window\" holds 2 key(s) the app does not read",
+        "section \"" + std::string(80, 'w') + "...\" holds 1 key(s)"},
+       [](auto& d) { return d.integerForKey("ButtonId") == 2; }},
+  };
+  for (const Case& c : cases) {
+    QTemporaryDir dir;
+    LockedLog log;
+    const QString path = dir.filePath("defaults.ini");
+    writeFile(path, c.bytes);
+    // Files that already bear the names of this second and the next two are never replaced.
+    const QDateTime now = QDateTime::currentDateTime();
+    QStringList taken;
+    for (int s = 0; s < 3; ++s) {
+      taken << "defaults.ini.unreadable-" + now.addSecs(s).toString("yyyyMMdd-HHmmss");
+      writeFile(dir.filePath(taken.back()), "keep");
+    }
+    QSettingsDefaults d(path, log);
+    QStringList aside = QDir(dir.path()).entryList({"defaults.ini.unreadable-*"});
+    for (const QString& name : taken) {
+      EXPECT_TRUE(readFile(dir.filePath(name)) == "keep") << c.name;
+      aside.removeOne(name);
+    }
+    const auto lines = log.lines();
+    if (c.unsafe) {
+      ASSERT_EQ(aside.size(), 1) << c.name;
+      EXPECT_TRUE(QRegularExpression(R"(^defaults\.ini\.unreadable-\d{8}-\d{6}-\d+$)")
+                      .match(aside[0])
+                      .hasMatch())
+          << aside[0].toStdString();
+      EXPECT_TRUE(readFile(dir.filePath(aside[0])) == c.bytes) << c.name;
+      EXPECT_FALSE(QFile::exists(path)) << c.name;
+      EXPECT_FALSE(d.objectForKey("ButtonId").has_value()) << c.name;
+      ASSERT_EQ(lines.size(), 1u) << c.name;
+      EXPECT_NE(lines[0].find(dir.filePath(aside[0]).toStdString()), std::string::npos) << lines[0];
+    } else {
+      EXPECT_TRUE(aside.isEmpty()) << c.name;
+      EXPECT_TRUE(c.reads(d)) << c.name;
+      ASSERT_EQ(lines.size(), c.lines.size()) << c.name;
+      for (size_t i = 0; i < lines.size(); ++i) {
+        EXPECT_NE(lines[i].find(c.lines[i]), std::string::npos) << lines[i];
+      }
+    }
+  }
 }
 
 // A save the system refuses part-way (here the file size limit, with SIGXFSZ ignored as the app

@@ -26,11 +26,14 @@ DefaultsValue fromVariant(const QVariant& v);
 QVariant toVariant(const DefaultsValue& v);
 
 // User defaults in an INI file through QSettings; every method may be called from any thread.
-// What the file holds is read at start (a damaged file as far as it goes, with one log line)
-// and held in memory; changes stay pending until a save writes all the store holds (changes
-// another process made to the file meanwhile are not merged) to a scratch file under the file's
-// lock (an empty lock left by a killed writer is cleared rather than waited on), checks that it
-// was written whole, and only then renames it over the old one.
+// The file is checked before QSettings reads it: a path that is not a regular file is never
+// touched (the store then lives in memory for the run, and saves report success); a file that
+// QSettings could not parse safely (see settings_scan.h) is renamed aside with a time stamp and
+// the store starts empty. Each is one log line. What was read (of a damaged file, as far as it
+// goes, with one log line) is held in memory; changes stay pending until a save writes all the
+// store holds (changes another process made to the file meanwhile are not merged) to a scratch
+// file under the file's lock (an empty lock left by a killed writer is cleared rather than
+// waited on), checks that it was written whole, and only then renames it over the old one.
 class QSettingsDefaults : public UserDefaults {
  public:
   QSettingsDefaults(const QString& filePath, Log& log);
@@ -67,6 +70,7 @@ class QSettingsDefaults : public UserDefaults {
 
   const QString path_;
   Log& log_;
+  bool memoryOnly_ = false;  // the path is not a regular file, or an unsafe one stayed in place
 
   mutable std::mutex mutex_;                // guards what follows up to saving_
   std::map<std::string, QVariant> stored_;  // what the file holds
