@@ -4,6 +4,8 @@
 #include <QDir>
 #include <QQuickWindow>
 
+#include <csignal>
+
 #include "ui/first_frame.h"
 
 namespace zellick {
@@ -26,6 +28,8 @@ ZellickApp::ZellickApp(Environment environment)
 ZellickApp::~ZellickApp() = default;
 
 bool ZellickApp::launch(const QVariantMap& windowProperties) {
+  // A write past the file size limit must fail with EFBIG (the settings store copes), not kill us.
+  std::signal(SIGXFSZ, SIG_IGN);
   CounterScreenOptions options;
   options.artworkCacheDir = environment_.artworkCacheDir;
   for (const std::string& folder : environment_.bundleFolders)
