@@ -1,15 +1,21 @@
 // Starts the app on hand-damaged settings files: every key missing, of the wrong type, short,
 // long or holding garbage, and whole files of junk. The app must start, quit normally (which
 // saves), and the saved file must keep every value that was intact, with 0 for the elements
-// that were missing or unreadable.
+// that were missing or unreadable. Hostile starts (a value nested past what Qt's parser can
+// take, a FIFO or a folder in the file's place, a file size limit below the file's size) must
+// be over within 2 s, with their log line, leaving the path as it was (or the file moved aside).
 //
 //   zellick_corruption_test --app PATH [--only NAME]
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <cmath>
 #include <cstdio>
@@ -29,6 +35,7 @@ const Ints kTimers{1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0};  // no clock running: no
 const Ints kTotalForAvg{4, 5, 6};
 const int kButtonId = 2;
 const int kTapValue = 3;
+const qint64 kHostileDeadlineMs = 2000;
 
 // What the saved file must hold under a key after the app ran; nothing = the key was damaged
 // beyond a rule (a scalar of the wrong type), so only its presence is checked.
@@ -37,11 +44,19 @@ struct Expect {
   bool extraAllowed = false;  // a long array may keep its tail
 };
 
+enum class Setup { File, Fifo, Folder };
+
 struct Case {
   const char* name;
   std::function<QByteArray(QByteArray)> damage;
   std::map<std::string, Expect> expect;  // keys not named here must come back as they were
   const char* key = nullptr;             // the key damaged, looked for in the log
+  // A hostile start: what stands at the path, the file size limit the app runs under (0: none),
+  // and what its log line says.
+  Setup setup = Setup::File;
+  rlim_t fileSizeLimit = 0;
+  const char* logs = nullptr;
+  bool hostile() const { return logs != nullptr; }
 };
 
 // The file with `key`'s line replaced by `line` (or dropped when `line` is empty).
@@ -146,9 +161,14 @@ std::vector<Case> cases() {
        [](QByteArray t) { return t + "\n[[[junk\nCounters=9, 9, 9\n"; },
        {}},
   };
+  QByteArray deep = "Counters=@Variant(";
+  for (int i = 0; i < 50000; ++i) deep += "\\0\\0\\0\\t\\0\\0\\0\\x1";  // a list of one
+  deep += "\\0\\0\\0\\x2\\0\\0\\0\\x1)";
   Case empty{"empty file", replaceAll(""), {}};
   Case junk{"binary junk file", replaceAll(QByteArray("\x00\xff\xfe junk\n\x7f=\x01\n", 13)), {}};
-  for (Case* whole : {&empty, &junk}) {
+  Case nested{"50,000 nested lists", setLine("Counters", deep), {}, "Counters"};
+  nested.logs = "moved aside to";
+  for (Case* whole : {&empty, &junk, &nested}) {
     whole->expect = {{"Counters", zeros3},
                      {"Timers", zeros12},
                      {"TotalForAvg", zeros3},
@@ -156,6 +176,12 @@ std::vector<Case> cases() {
                      {"TapValue", {Ints{1}}}};
     c.push_back(*whole);
   }
+  c.push_back({"FIFO", {}, {}, nullptr, Setup::Fifo, 0, "is a FIFO, not a file"});
+  c.push_back({"folder", {}, {}, nullptr, Setup::Folder, 0, "is a folder, not a file"});
+  Case limited{"file size limit", [](QByteArray t) { return t; }, {}};
+  limited.fileSizeLimit = 128;  // room for the lock file, not for the settings
+  limited.logs = "changes not saved";
+  c.push_back(limited);
   return c;
 }
 
@@ -239,17 +265,34 @@ int main(int argc, char** argv) {
     ++ran;
     const QString settings = dir.filePath(QString("case%1/defaults.ini").arg(ran));
     QTemporaryDir home;
-    QDir().mkpath(QFileInfo(settings).absolutePath());
-    QFile f(settings);
-    f.open(QIODevice::WriteOnly);
-    f.write(c.damage(base));
-    f.close();
+    const QString folder = QFileInfo(settings).absolutePath();
+    QDir().mkpath(folder);
+    const QByteArray prepared = c.setup == Setup::File ? c.damage(base) : QByteArray();
+    if (c.setup == Setup::Fifo) {
+      mkfifo(QFile::encodeName(settings).constData(), 0600);
+    } else if (c.setup == Setup::Folder) {
+      QDir().mkpath(settings);
+    } else {
+      QFile f(settings);
+      f.open(QIODevice::WriteOnly);
+      f.write(prepared);
+      f.close();
+    }
 
     QProcess p;
     p.setProcessEnvironment(zellick::test::appEnvironment(home, settings));
+    if (c.fileSizeLimit) {
+      p.setChildProcessModifier([limit = c.fileSizeLimit] {
+        const rlimit r{limit, limit};
+        setrlimit(RLIMIT_FSIZE, &r);
+      });
+    }
     const double started = QDateTime::currentMSecsSinceEpoch() / 1000.0;
+    QElapsedTimer took;
+    took.start();
     p.start(appPath, {"--first-frame"});
     const bool finished = p.waitForFinished(30000);
+    const qint64 tookMs = took.elapsed();
     const QByteArray err = p.readAllStandardError();
 
     std::vector<std::string> problems;
@@ -260,24 +303,48 @@ int main(int argc, char** argv) {
     } else if (p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
       problems.push_back("the app ended with status " + std::to_string(p.exitCode()) +
                          (p.exitStatus() == QProcess::CrashExit ? " (crash)" : ""));
+    } else if (c.hostile() && tookMs > kHostileDeadlineMs) {
+      problems.push_back("the app took " + std::to_string(tookMs) + " ms");
     }
+    if (c.logs && !err.contains(c.logs))
+      problems.push_back(std::string("no log line says ") + c.logs);
     const bool mentioned = c.key && err.contains(c.key);
     if (mentioned) ++logged;
 
-    zellick::fake::RecordingLog log;
-    zellick::qt::QSettingsDefaults d(settings, log);
-    for (const auto& [key, original] : originals) {
-      auto e = c.expect.find(key);
-      check(d, key, original, e == c.expect.end() ? Expect{original} : e->second, problems);
-    }
-    auto date = d.objectForKey("DateOfInactive");
-    if (!date || !std::holds_alternative<zellick::Date>(*date) ||
-        std::fabs(std::get<zellick::Date>(*date).seconds - started) > 60) {
-      problems.push_back("DateOfInactive is not the time of the save");
+    struct stat st {};
+    const bool statted = lstat(QFile::encodeName(settings).constData(), &st) == 0;
+    if (c.setup != Setup::File) {
+      if (!statted || (c.setup == Setup::Fifo ? !S_ISFIFO(st.st_mode) : !S_ISDIR(st.st_mode)))
+        problems.push_back("the path was replaced");
+    } else if (c.fileSizeLimit) {
+      QFile saved(settings);
+      if (!saved.open(QIODevice::ReadOnly) || saved.readAll() != prepared)
+        problems.push_back("the file the app could not save over is not as it was");
+      if (QDir(folder).entryList(QDir::Files | QDir::Hidden).size() != 1)
+        problems.push_back("files were left beside it");
+    } else {
+      zellick::fake::RecordingLog log;
+      zellick::qt::QSettingsDefaults d(settings, log);
+      for (const auto& [key, original] : originals) {
+        auto e = c.expect.find(key);
+        check(d, key, original, e == c.expect.end() ? Expect{original} : e->second, problems);
+      }
+      auto date = d.objectForKey("DateOfInactive");
+      if (!date || !std::holds_alternative<zellick::Date>(*date) ||
+          std::fabs(std::get<zellick::Date>(*date).seconds - started) > 60) {
+        problems.push_back("DateOfInactive is not the time of the save");
+      }
+      if (c.hostile()) {
+        const QStringList aside = QDir(folder).entryList({"defaults.ini.unreadable-*"});
+        QFile moved(aside.isEmpty() ? QString() : QDir(folder).filePath(aside[0]));
+        if (aside.size() != 1 || !moved.open(QIODevice::ReadOnly) || moved.readAll() != prepared)
+          problems.push_back("the file was not moved aside whole");
+      }
     }
 
-    std::printf("%-28s %s%s\n", c.name, problems.empty() ? "ok" : "FAILED",
-                c.key ? (mentioned ? "  (logged)" : "  (no log line names the key)") : "");
+    std::printf("%-28s %s%s%s\n", c.name, problems.empty() ? "ok" : "FAILED",
+                c.key ? (mentioned ? "  (logged)" : "  (no log line names the key)") : "",
+                c.hostile() ? ("  (" + std::to_string(tookMs) + " ms)").c_str() : "");
     for (const auto& why : problems) std::printf("    %s\n", why.c_str());
     if (!problems.empty()) {
       ++failed;

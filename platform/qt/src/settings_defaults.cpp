@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QSettings>
 #include <QStringList>
 #include <QThread>
@@ -14,8 +15,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cmath>
+#include <cstdio>
+#include <cstring>
+
+#include "platform/qt/settings_scan.h"
 
 namespace zellick::qt {
 
@@ -49,7 +55,7 @@ DefaultsValue fromText(const QString& text) {
 // A writer killed between creating the lock file and writing its id into it leaves an empty
 // lock that QSettings honours for 30 s, blocking the next save that long. A live writer holds
 // a flock on it and fills it within microseconds; an empty one nobody holds is dead.
-void clearDeadEmptyLock(const QString& lockPath, Log& log) {
+void clearDeadEmptyLock(const QString& lockPath, std::vector<std::string>& lines) {
   constexpr long kGraceMs = 200;
   const QByteArray name = QFile::encodeName(lockPath);
   for (int attempt = 0; attempt < 2; ++attempt) {
@@ -67,13 +73,97 @@ void clearDeadEmptyLock(const QString& lockPath, Log& log) {
     if (ageMs >= kGraceMs || attempt == 1) {
       ::unlink(name.constData());
       ::close(fd);
-      log.line("Settings: removed the empty lock file of a writer that ended; saving");
+      lines.push_back("Settings: removed the empty lock file of a writer that ended; saving");
       return;
     }
     ::close(fd);
     QThread::msleep(static_cast<unsigned long>(std::clamp(kGraceMs - ageMs, 1L, kGraceMs)));
   }
 }
+
+// What stands at a settings path. Only a regular file is ever opened, and without blocking, so
+// that a FIFO or device put in its place cannot hang the start.
+struct Probe {
+  bool file = false;
+  const char* other = nullptr;  // what stands there instead of a file, if anything
+  std::string bytes;            // a file's bytes, one beyond the limit at most
+};
+
+const char* kindOf(mode_t mode) {
+  if (S_ISDIR(mode)) return "a folder";
+  if (S_ISFIFO(mode)) return "a FIFO";
+  if (S_ISSOCK(mode)) return "a socket";
+  if (S_ISCHR(mode) || S_ISBLK(mode)) return "a device";
+  return "not a regular file";
+}
+
+Probe probe(const QByteArray& name) {
+  struct stat st {};
+  // Absent, or behind a folder that cannot be searched: a save will tell.
+  if (::stat(name.constData(), &st) != 0) return {};
+  if (!S_ISREG(st.st_mode)) return {false, kindOf(st.st_mode), {}};
+  const int fd = ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (fd < 0) return {true, nullptr, {}};  // unreadable: QSettings reads nothing either
+  Probe p{true, nullptr, {}};
+  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    p = {false, kindOf(st.st_mode), {}};  // swapped since the stat
+  } else {
+    p.bytes.reserve(
+        std::min<std::size_t>(static_cast<std::size_t>(st.st_size), kMaxSettingsFileBytes) + 1);
+    char chunk[1 << 16];
+    while (p.bytes.size() <= kMaxSettingsFileBytes) {
+      const ssize_t n = ::read(fd, chunk, sizeof chunk);
+      if (n < 0 && errno == EINTR) continue;
+      if (n <= 0) break;
+      p.bytes.append(chunk, static_cast<std::size_t>(n));
+    }
+  }
+  ::close(fd);
+  return p;
+}
+
+// Moves the file at `path` aside in its own folder, under its name with the time appended, never
+// over another file. The new name, or nothing.
+std::optional<QString> moveAside(const QString& path) {
+  const QByteArray from = QFile::encodeName(path);
+  const QString stamped = path + QStringLiteral(".unreadable-") +
+                          QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+  for (int n = 1; n <= 100; ++n) {
+    const QString to = n == 1 ? stamped : stamped + QStringLiteral("-%1").arg(n);
+    const QByteArray toName = QFile::encodeName(to);
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, toName.constData(), RENAME_NOREPLACE) ==
+        0) {
+      return to;
+    }
+    // A file system that cannot refuse to replace: a hard link refuses, then the old name goes.
+    if (errno == EINVAL && ::link(from.constData(), toName.constData()) == 0) {
+      ::unlink(from.constData());
+      return to;
+    }
+    if (errno != EEXIST) return std::nullopt;
+  }
+  return std::nullopt;
+}
+
+// Whether `name` holds all of an INI file QSettings wrote with `keys` keys. QSettings reports a
+// write cut short (a full disk, a file size limit) as a success; what it writes has one line per
+// key and ends with a line break, so a cut shows as a missing line or an unfinished one.
+bool wholeIni(const QString& name, qsizetype keys) {
+  QFile f(name);
+  if (!f.open(QIODevice::ReadOnly)) return false;
+  const QByteArray text = f.readAll();
+  if (text.isEmpty() || !text.endsWith('\n')) return false;
+  qsizetype lines = 0;
+  for (qsizetype i = 0; i < text.size();) {
+    const qsizetype end = text.indexOf('\n', i);
+    if (end > i && text[i] != '[') ++lines;
+    i = end + 1;
+  }
+  return lines == keys;
+}
+
+// How long a save waits for another process's save to end.
+constexpr int kLockWaitMs = 2000;
 
 }  // namespace
 
@@ -144,68 +234,196 @@ QVariant toVariant(const DefaultsValue& v) {
 
 QSettingsDefaults::QSettingsDefaults(const QString& filePath, Log& log)
     : path_(filePath), log_(log) {
-  open();
-  // The file is parsed on the first read: read now so that damage is reported here.
-  settings_->allKeys();
-  if (settings_->status() != QSettings::NoError) {
-    log_.line("Settings: " + path_.toStdString() + " " + statusText(settings_->status()) +
+  load();
+  writer_ = std::thread([this] { runWriter(); });
+}
+
+QSettingsDefaults::~QSettingsDefaults() {
+  {
+    std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  wake_.notify_all();
+  writer_.join();
+}
+
+void QSettingsDefaults::load() {
+  const std::string shown = path_.toStdString();
+  const Probe found = probe(QFile::encodeName(path_));
+  if (found.other) {
+    log_.line("Settings: " + shown + " is " + found.other +
+              ", not a file; settings are kept in memory for this run");
+    memoryOnly_ = true;
+    return;
+  }
+  if (!found.file) return;
+  const SettingsScan scan = scanSettings(found.bytes);
+  for (const std::string& note : scan.notes) log_.line("Settings: " + shown + ": " + note);
+  if (!scan.unsafe.empty()) {
+    const auto aside = moveAside(path_);
+    const int error = errno;
+    if (aside) {
+      log_.line("Settings: " + shown + " " + scan.unsafe + "; moved aside to " +
+                aside->toStdString() + ", starting afresh");
+    } else {
+      log_.line("Settings: " + shown + " " + scan.unsafe + " and cannot be moved aside (" +
+                std::strerror(error) + "); settings are kept in memory for this run");
+      memoryOnly_ = true;
+    }
+    return;
+  }
+  QSettings settings(path_, QSettings::IniFormat);
+  for (const QString& k : settings.allKeys()) stored_[k.toStdString()] = settings.value(k);
+  if (settings.status() != QSettings::NoError) {
+    log_.line("Settings: " + shown + " " + statusText(settings.status()) +
               "; keeping what can be read");
   }
 }
 
-QSettingsDefaults::~QSettingsDefaults() = default;
-
-void QSettingsDefaults::open() {
-  settings_ = std::make_unique<QSettings>(path_, QSettings::IniFormat);
-}
-
 std::optional<DefaultsValue> QSettingsDefaults::objectForKey(const std::string& k) const {
-  if (auto it = pending_.find(k); it != pending_.end()) {
-    if (!it->second) return std::nullopt;
-    return fromVariant(*it->second);
+  std::optional<QVariant> v;
+  {
+    std::lock_guard lock(mutex_);
+    if (auto it = pending_.find(k); it != pending_.end()) {
+      v = it->second.value;
+    } else if (auto s = stored_.find(k); s != stored_.end()) {
+      v = s->second;
+    }
   }
-  if (!settings_->contains(key(k))) return std::nullopt;
-  return fromVariant(settings_->value(key(k)));
+  if (!v) return std::nullopt;
+  return fromVariant(*v);
 }
 
 void QSettingsDefaults::setObject(const std::string& k, const DefaultsValue& value) {
-  pending_[k] = toVariant(value);
+  change(k, toVariant(value));
 }
 
-void QSettingsDefaults::removeObjectForKey(const std::string& k) { pending_[k] = std::nullopt; }
+void QSettingsDefaults::removeObjectForKey(const std::string& k) { change(k, std::nullopt); }
+
+void QSettingsDefaults::change(const std::string& k, std::optional<QVariant> value) {
+  std::lock_guard lock(mutex_);
+  pending_[k] = Change{std::move(value), ++serial_};
+}
+
+bool QSettingsDefaults::hasUnsavedChanges() const {
+  std::lock_guard lock(mutex_);
+  return !pending_.empty();
+}
 
 bool QSettingsDefaults::synchronize() {
-  if (pending_.empty()) return true;
-  QDir().mkpath(QFileInfo(path_).absolutePath());
-  // Errors stick to a QSettings, even one made while the file could not be written: start
-  // over from the disk so that this try can succeed where an earlier one failed.
-  // The lock goes first: the reader replaced below writes back its failed changes as it goes.
-  clearDeadEmptyLock(path_ + QStringLiteral(".lock"), log_);
-  if (settings_->status() == QSettings::AccessError) open();
-  for (const auto& [k, v] : pending_) {
-    if (v) {
-      settings_->setValue(key(k), *v);
-    } else {
-      settings_->remove(key(k));
+  std::vector<std::string> lines;
+  const bool saved = save(lines);
+  for (const std::string& l : lines) log_.line(l);
+  return saved;
+}
+
+void QSettingsDefaults::synchronizeInBackground() {
+  {
+    std::lock_guard lock(mutex_);
+    saveAsked_ = true;
+  }
+  wake_.notify_all();
+}
+
+void QSettingsDefaults::runWriter() {
+  std::unique_lock lock(mutex_);
+  for (;;) {
+    wake_.wait(lock, [this] { return saveAsked_ || stopping_; });
+    if (!saveAsked_) return;
+    saveAsked_ = false;
+    lock.unlock();
+    std::vector<std::string> lines;
+    save(lines);
+    for (const std::string& l : lines) log_.line(l);
+    lock.lock();
+  }
+}
+
+bool QSettingsDefaults::save(std::vector<std::string>& lines) {
+  std::lock_guard saving(saving_);
+  std::map<std::string, QVariant> all;
+  std::map<std::string, std::uint64_t> taken;  // the changes this save writes
+  const auto takeChanges = [&] {
+    std::lock_guard lock(mutex_);
+    all = stored_;
+    for (const auto& [k, c] : pending_) {
+      if (c.value) {
+        all[k] = *c.value;
+      } else {
+        all.erase(k);
+      }
+      taken[k] = c.serial;
+    }
+  };
+  {
+    std::lock_guard lock(mutex_);
+    if (pending_.empty()) return true;
+  }
+  if (memoryOnly_) {
+    takeChanges();
+  } else {
+    QDir().mkpath(QFileInfo(path_).absolutePath());
+    const QString lockPath = path_ + QStringLiteral(".lock");
+    clearDeadEmptyLock(lockPath, lines);
+    QLockFile lock(lockPath);
+    if (!lock.tryLock(kLockWaitMs)) {
+      lines.push_back("Settings: " + path_.toStdString() +
+                      (lock.error() == QLockFile::LockFailedError
+                           ? " is being saved by another process"
+                           : " cannot be written (its lock file cannot be made)") +
+                      "; changes not saved");
+      return false;
+    }
+    takeChanges();  // as late as can be, so that this save carries the latest values
+    if (!writeFile(all, lines)) return false;  // the changes stay pending for the next try
+  }
+  std::lock_guard lock(mutex_);
+  stored_ = std::move(all);
+  for (const auto& [k, serial] : taken) {
+    if (auto it = pending_.find(k); it != pending_.end() && it->second.serial == serial) {
+      pending_.erase(it);
     }
   }
-  settings_->sync();
-  bool stored = settings_->status() == QSettings::NoError;
-  if (!stored && settings_->status() == QSettings::FormatError) {
-    // The first error sticks: a damaged file read at start hides how this write went.
-    // A fresh reader of the rewritten file tells.
-    auto fresh = std::make_unique<QSettings>(path_, QSettings::IniFormat);
-    stored = fresh->status() != QSettings::AccessError;
-    for (const auto& [k, v] : pending_) stored = stored && fresh->contains(key(k)) == v.has_value();
-    if (stored) settings_ = std::move(fresh);
-  }
-  if (!stored) {
-    log_.line("Settings: " + path_.toStdString() + " " + statusText(settings_->status()) +
-              "; changes not saved");
-    return false;  // the changes stay pending for the next try
-  }
-  pending_.clear();
   return true;
+}
+
+// The whole file is written afresh from memory to a scratch file beside it, checked, and renamed
+// over it: QSettings would rename a file cut short into place itself.
+bool QSettingsDefaults::writeFile(const std::map<std::string, QVariant>& all,
+                                  std::vector<std::string>& lines) {
+  const QByteArray target = QFile::encodeName(path_);
+  const QString scratch = path_ + QStringLiteral(".saving");
+  const QByteArray scratchName = QFile::encodeName(scratch);
+  // Left by a killed writer: the lock held here says no one else is writing them.
+  ::unlink(scratchName.constData());
+  QFile::remove(scratch + QStringLiteral(".lock"));
+  qsizetype keys = 0;
+  QSettings::Status status;
+  {
+    QSettings settings(scratch, QSettings::IniFormat);
+    settings.clear();  // whatever QSettings' cache still holds of an earlier save
+    for (const auto& [k, v] : all) settings.setValue(key(k), v);
+    settings.sync();
+    status = settings.status();
+    keys = settings.allKeys().size();
+  }
+  std::string why;
+  if (status != QSettings::NoError) {
+    why = statusText(status);
+  } else if (keys == 0) {  // nothing left to keep: no file
+    ::unlink(scratchName.constData());
+    if (::unlink(target.constData()) == 0 || errno == ENOENT) return true;
+    why = std::string("cannot be removed: ") + std::strerror(errno);
+  } else if (!wholeIni(scratch, keys)) {
+    why = "was written short (disk full or file too large)";
+  } else if (::rename(scratchName.constData(), target.constData()) != 0) {
+    why = std::string("cannot be replaced: ") + std::strerror(errno);
+  } else {
+    return true;
+  }
+  ::unlink(scratchName.constData());
+  lines.push_back("Settings: " + path_.toStdString() + " " + why + "; changes not saved");
+  return false;
 }
 
 }  // namespace zellick::qt
