@@ -6,7 +6,8 @@
 int main(int argc, char** argv) {
   QGuiApplication app(argc, argv);
   zellick::ZellickApp::identify();
-  zellick::ZellickApp zellick(zellick::Environment::fromProcess());
+  const zellick::CommandLine commandLine = zellick::parseCommandLine(app);
+  zellick::ZellickApp zellick(zellick::Environment::fromProcess(), commandLine);
   switch (zellick.launch()) {
     case zellick::ZellickApp::Launch::Shown: return app.exec();
     case zellick::ZellickApp::Launch::AlreadyRunning: return 0;

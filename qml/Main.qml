@@ -10,7 +10,7 @@ Window {
     color: "black"
     width: 360
     height: 640
-    visible: true
+    visible: false  // shown by the app once its screen is ready
 
     // The logical screen's width and least height, in points.
     required property real logicalWidth

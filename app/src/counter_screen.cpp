@@ -25,6 +25,7 @@ CounterScreen::CounterScreen(CounterParts parts)
 
 CounterScreen::~CounterScreen() {
   // The controller holds views owned by the screen.
+  window_.reset();
   controller_.reset();
   screen_.reset();
 }
@@ -51,13 +52,14 @@ bool CounterScreen::load(const CounterScreenOptions& options, const QUrl& url) {
                       parts_.bundle, parts_.log, screen_->alerts(), *screens_, parts_.tracker},
       views);
   bindCounter(*screen_, *controller_);
+  window_ = std::make_unique<ui::ScreenWindow>(*screen_);
   return true;
 }
 
 void CounterScreen::start() {
   if (!controller_) return;
-  controller_->viewDidLoad();
-  controller_->viewWillAppear(false);
+  window_->setRootViewController(controller_.get());
+  window_->makeKeyAndVisible();
 }
 
 void CounterScreen::activate() { notifications_.post(kDidBecomeActive); }

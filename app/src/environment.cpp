@@ -4,6 +4,8 @@
 #include <QDir>
 #include <QStandardPaths>
 
+#include "services/configuration.h"
+
 namespace zellick {
 
 namespace {
@@ -41,6 +43,11 @@ Environment Environment::fromProcess() {
   e.audioModule = variable("ZELLICK_AUDIO_MODULE");
   if (e.audioModule.isEmpty())
     e.audioModule = QDir(exeDir).filePath(QStringLiteral("libzellick_audio.so"));
+  e.makerUrl = qgetenv(kMakerUrlVariable);
+  e.adPrimaryUrl = qgetenv(kAdPrimaryUrlVariable);
+  e.adFallbackUrl = qgetenv(kAdFallbackUrlVariable);
+  e.vendorIdFile = QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation))
+                       .filePath(QStringLiteral("Orvanta/vendor-id"));
   return e;
 }
 

@@ -6,6 +6,7 @@
 
 #include <csignal>
 
+#include "platform/qt/device.h"
 #include "ui/first_frame.h"
 
 namespace zellick {
@@ -13,10 +14,15 @@ namespace zellick {
 void ZellickApp::identify() {
   QCoreApplication::setOrganizationName(QStringLiteral("Zellick"));
   QCoreApplication::setApplicationName(QStringLiteral("Zellick"));
+  QCoreApplication::setApplicationVersion(QStringLiteral(ZELLICK_VERSION));
 }
 
-ZellickApp::ZellickApp(Environment environment)
+ZellickApp::ZellickApp(Environment environment, CommandLine commandLine)
     : environment_(std::move(environment)),
+      commandLine_(commandLine),
+      configuration_(Configuration::withOverrides(environment_.makerUrl.constData(),
+                                                  environment_.adPrimaryUrl.constData(),
+                                                  environment_.adFallbackUrl.constData(), log_)),
       fontSetup_([this] { return ui::registerBundledFonts(log_); }),
       sound_(log_, environment_.audioModule),
       bundle_(environment_.bundleFolders) {
@@ -24,8 +30,9 @@ ZellickApp::ZellickApp(Environment environment)
 }
 
 ZellickApp::~ZellickApp() {
-  // The screen and its controller go before the services they use.
+  // The life cycle, the delegate and the screen go before the services they use.
   lifecycle_.reset();
+  delegate_.reset();
   counter_.reset();
 }
 
@@ -35,8 +42,13 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
   // A file size limit must not kill the app in the middle of a save: the write fails instead.
   std::signal(SIGXFSZ, SIG_IGN);
   defaults_ = std::make_unique<qt::QSettingsDefaults>(environment_.settingsPath, log_);
+  http_ = std::make_unique<qt::QtHttpClient>();
+  tracker_ = std::make_unique<orvtracker>(orvtracker::Services{*http_, *defaults_, log_},
+                                          qt::readDeviceFacts(environment_.vendorIdFile, log_),
+                                          configuration_.makerBaseUrl);
+  tracker_->setSwitchedOff(commandLine_.usageRecordsOff);
   counter_ =
-      std::make_unique<CounterScreen>(CounterParts{*defaults_, sound_, bundle_, log_, tracker_});
+      std::make_unique<CounterScreen>(CounterParts{*defaults_, sound_, bundle_, log_, *tracker_});
 
   CounterScreenOptions options;
   options.artworkCacheDir = environment_.artworkCacheDir;
@@ -47,13 +59,29 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
   options.windowProperties = windowProperties;
   if (!counter_->load(options)) return Launch::Failed;
 
-  counter_->start();
+  application_ = std::make_unique<qt::QtApplication>(log_);
+  events_ = std::make_unique<LifecycleEvents>(counter_->notifications());
+  Log& log = log_;
+  delegate_ = std::make_unique<ZellickAppDelegate>(AppDelegateServices{
+      *application_, counter_->runLoop(), counter_->notifications(), *defaults_, log_,
+      counter_->screen().alerts(), *tracker_, configuration_,
+      [&log](const std::string&) { log.line("Ad network connect: not built in; nothing sent"); },
+      nullptr});
+  delegate_->window = &counter_->window();
+  delegate_->viewController = &counter_->controller();
+  events_->setDelegate(delegate_.get());
+  delegate_->applicationDidFinishLaunchingWithOptions();
+
   // Becoming active comes after the screen is built; leaving it saves, however the app ends.
-  lifecycle_ = std::make_unique<qt::QtLifecycle>(counter_->notifications(), log_);
+  lifecycle_ = std::make_unique<qt::QtLifecycle>(*events_, log_);
   lifecycle_->watchWindow(window());
   lifecycle_->start();
   instance_->onRaise([this] { comeToTheFront(); });
-  ui::afterFirstFrame(window(), window(), [this] { sound_.load(); });
+  ui::afterFirstFrame(window(), window(), [this] {
+    application_->connectToSession();
+    sound_.load();
+    lifecycle_->watchTheTime();
+  });
   fontSetup_.startAfterFirstFrame(window());
   return Launch::Shown;
 }

@@ -17,8 +17,26 @@ namespace {
 
 constexpr int kMaxWait = 1'000'000;
 
+std::string withoutComment(const std::string& line) { return line.substr(0, line.find('#')); }
+
+// What follows the first `skip` words of `line`, blanks before it dropped, "\n" read as a break.
+std::string textAfter(const std::string& line, std::size_t skip) {
+  std::size_t at = 0;
+  for (std::size_t w = 0; w < skip; ++w) {
+    at = line.find_first_not_of(" \t", at);
+    at = line.find_first_of(" \t", at);
+    if (at == std::string::npos) return {};
+  }
+  at = line.find_first_not_of(" \t", at);
+  std::string text = at == std::string::npos ? std::string() : line.substr(at);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.pop_back();
+  for (std::size_t i = text.find("\\n"); i != std::string::npos; i = text.find("\\n", i + 1))
+    text.replace(i, 2, "\n");
+  return text;
+}
+
 std::vector<std::string> words(const std::string& line) {
-  std::istringstream in(line.substr(0, line.find('#')));
+  std::istringstream in(withoutComment(line));
   std::vector<std::string> out;
   for (std::string w; in >> w;) out.push_back(w);
   return out;
@@ -54,6 +72,11 @@ Driver::Driver(Simulation& sim, std::ostream& out, std::ostream& err)
 void Driver::define(const std::string& name, std::string usage, std::size_t argCount,
                     Handler handler) {
   commands_[name] = Command{std::move(usage), argCount, std::move(handler)};
+}
+
+void Driver::defineWithText(const std::string& name, std::string usage, std::size_t argCount,
+                            Handler handler) {
+  commands_[name] = Command{std::move(usage), argCount, std::move(handler), true};
 }
 
 void Driver::defineStandardCommands() {
@@ -101,6 +124,30 @@ void Driver::defineStandardCommands() {
     if (e.empty()) sim_.suspend(s);
     return e;
   });
+  define("background", "background", 0, [this](const Args&) {
+    sim_.process().background();
+    return std::string();
+  });
+  define("foreground", "foreground", 0, [this](const Args&) {
+    sim_.process().foreground();
+    return std::string();
+  });
+  defineWithText("respond", "respond PATTERN STATUS BODY...", 2,
+                 [this](const Args& a) -> std::string {
+                   auto code = parseInt(a[1]);
+                   if (!code || *code < 100 || *code > 999)
+                     return "'" + a[1] + "' is not an HTTP status";
+                   sim_.world().network().set(a[0], {fake::HttpRules::Kind::Respond, *code, a[2]});
+                   return {};
+                 });
+  define("fail", "fail PATTERN", 1, [this](const Args& a) {
+    sim_.world().network().set(a[0], {fake::HttpRules::Kind::Fail, 0, {}});
+    return std::string();
+  });
+  define("hang", "hang PATTERN", 1, [this](const Args& a) {
+    sim_.world().network().set(a[0], {fake::HttpRules::Kind::Hang, 0, {}});
+    return std::string();
+  });
   define("resign", "resign", 0, [this](const Args&) {
     sim_.process().resign();
     return std::string();
@@ -134,11 +181,17 @@ bool Driver::execute(const std::string& line, int lineNumber) {
   auto it = commands_.find(w[0]);
   if (it == commands_.end()) {
     error = "unknown command '" + w[0] + "'";
-  } else if (w.size() - 1 != it->second.argCount) {
+  } else if (it->second.restOfLine ? w.size() - 1 < it->second.argCount
+                                   : w.size() - 1 != it->second.argCount) {
     error = "expected '" + it->second.usage + "'";
   } else {
+    Args args(w.begin() + 1, w.end());
+    if (it->second.restOfLine) {
+      args.resize(it->second.argCount);
+      args.push_back(textAfter(withoutComment(line), it->second.argCount + 1));
+    }
     try {
-      error = it->second.handler(Args(w.begin() + 1, w.end()));
+      error = it->second.handler(args);
     } catch (const std::exception& e) {
       error = std::string("failed: ") + e.what();
     }
@@ -162,7 +215,8 @@ int Driver::run(std::istream& in) {
 namespace {
 
 constexpr const char* kUsage =
-    "usage: zellick-sim [--defaults FILE] [--screen-height H] [SCRIPT | -]\n"
+    "usage: zellick-sim [--defaults FILE] [--screen-height H] [--device \"NAME|MODEL|SYSTEM|"
+    "VERSION|UUID\"] [SCRIPT | -]\n"
     "Runs the counter screen on virtual time; commands come from SCRIPT or stdin.\n";
 
 bool readFile(const std::string& path, std::string& text) {
@@ -208,6 +262,20 @@ int runZellickSim(const std::vector<std::string>& args, std::istream& in, std::o
         return 2;
       }
       options.screenHeight = *h;
+    } else if (a == "--device" || a.rfind("--device=", 0) == 0) {
+      auto v = value("--device");
+      std::vector<std::string> parts;
+      for (std::size_t from = 0; v;) {
+        const auto bar = v->find('|', from);
+        parts.push_back(v->substr(from, bar == std::string::npos ? std::string::npos : bar - from));
+        if (bar == std::string::npos) break;
+        from = bar + 1;
+      }
+      if (parts.size() != 5) {
+        err << "zellick-sim: --device needs \"NAME|MODEL|SYSTEM|VERSION|UUID\"\n";
+        return 2;
+      }
+      options.device = {parts[0], parts[1], parts[2], parts[3], parts[4]};
     } else if (a.size() > 1 && a[0] == '-') {
       err << "zellick-sim: unknown option '" << a << "'\n" << kUsage;
       return 2;
@@ -219,6 +287,15 @@ int runZellickSim(const std::vector<std::string>& args, std::istream& in, std::o
     }
   }
 
+  // The servers' addresses, overridden from the environment as the app's are.
+  struct : Log {
+    std::ostream* out;
+    void line(const std::string& text) override { *out << "zellick-sim: " << text << '\n'; }
+  } log;
+  log.out = &err;
+  options.configuration = Configuration::withOverrides(std::getenv(kMakerUrlVariable),
+                                                       std::getenv(kAdPrimaryUrlVariable),
+                                                       std::getenv(kAdFallbackUrlVariable), log);
   Simulation sim(options);
   if (defaultsFile) {
     std::string text, error;

@@ -31,7 +31,11 @@ Process::Process(World& world)
       bundle_(counterResources()),
       log_(world.events()),
       screens_(world.events()),
-      tracker_(world.events()),
+      http_(runLoop_, world.network(), world.events()),
+      tracker_({http_, world.defaults(), log_}, world.options().device,
+               world.options().configuration.makerBaseUrl, world.events()),
+      application_(world.events()),
+      events_(notifications_),
       screen_({0, 0, kScreenWidth, screenHeight(world)}, counterInterface(screenHeight(world)),
               world.events()) {
   CounterServices services{runLoop_,         world.clock(), world.uptime(), notifications_,
@@ -39,12 +43,23 @@ Process::Process(World& world)
                            screen_.alerts(), screens_,      tracker_};
   controller_ = std::make_unique<ZellickViewController>(services, counterViews(screen_));
   bindCounter(screen_, *controller_);
-  controller_->viewDidLoad();
-  controller_->viewWillAppear(false);
-  notifications_.post(kDidBecomeActive);
+  fake::EventLog& log = log_;
+  delegate_ = std::make_unique<ZellickAppDelegate>(AppDelegateServices{
+      application_, runLoop_, notifications_, world.defaults(), log_, screen_.alerts(), tracker_,
+      world.options().configuration,
+      [&log](const std::string&) { log.line("Ad network connect: not built in; nothing sent"); },
+      nullptr});
+  delegate_->window = &window_;
+  delegate_->viewController = controller_.get();
+  events_.setDelegate(delegate_.get());
+  delegate_->applicationDidFinishLaunchingWithOptions();
+  events_.didBecomeActive();
 }
 
-Process::~Process() { controller_.reset(); }
+Process::~Process() {
+  delegate_.reset();
+  controller_.reset();
+}
 
 Process& Simulation::start() {
   if (!process_) process_ = std::make_unique<Process>(world_);

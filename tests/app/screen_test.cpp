@@ -18,6 +18,7 @@
 #include "app/counter_screen.h"
 #include "counter/interface.h"
 #include "counter/sounds.h"
+#include "platform/fake/http.h"
 #include "platform/fake/memory_defaults.h"
 #include "platform/fake/services.h"
 #include "sim/simulation.h"
@@ -48,10 +49,10 @@ class RealScreen : public testing::Test {
     options.windowProperties = QVariantMap{{"width", 360}, {"height", 640}};
     ASSERT_TRUE(app->load(options));
     window = app->screen().window();
+    app->start();  // shows the window
     ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
     // The render loop installs its own driver with the window; ours replaces it.
     driver.install();
-    app->start();
     app->activate();
     c = &app->controller();
   }
@@ -97,7 +98,10 @@ class RealScreen : public testing::Test {
     return files;
   }()};
   EventLog log{events};
-  sim::RecordingTracker tracker{events};
+  VirtualRunLoop network{time};  // never run: records are only seen as "track" events
+  HttpRules rules;
+  FakeHttpClient http{network, rules, events};
+  sim::RecordingTracker tracker{{http, defaults, log}, {}, "http://127.0.0.1:9/", events};
   SteppedAnimationDriver driver;
   std::unique_ptr<CounterScreen> app;
   QQuickWindow* window = nullptr;

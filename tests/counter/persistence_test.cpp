@@ -52,6 +52,7 @@ TEST_F(PersistenceTest, EveryFieldComesBackAndIsSavedAgainAsItWas) {
   p().resign();
   EXPECT_FALSE(c().TimerForLabelB) << "stopped while away, but saved as running";
   saved["DateOfInactive"] = Date{wallNow()};
+  saved["Count"] = 1LL;  // the delegate's activations share the store
   EXPECT_EQ(store().values(), saved);
 }
 
@@ -151,6 +152,7 @@ TEST_F(PersistenceTest, EveryDamagedValueIsSaidAndTheRestKept) {
     p().resign();
     Saved saved = store().values();
     saved.erase("DateOfInactive");
+    saved.erase("Count");
     EXPECT_EQ(saved, want) << "as saved next";
   }
 }

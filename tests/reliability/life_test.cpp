@@ -9,6 +9,13 @@
 //   zellick_life_test instance --app APP
 //     A second start on the same settings file goes within 1 s and overwrites nothing; the
 //     first keeps counting.
+//   zellick_life_test records --app APP [--presses 1000] [--seconds 10]
+//     Add pressed that often over that long, with the maker's server a stand-in on loopback:
+//     every record arrives (Launch, reLaunch and one Count a press); the app's frame times,
+//     threads and memory, against the same run with records off, which sends nothing.
+//   zellick_life_test exit --app APP
+//     200 records in flight to a server that never answers when the window closes: the app is
+//     gone within 1 s, the count saved.
 // APP is zellick_reliability_app. Exit status 0 when every check held.
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -23,8 +30,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <random>
+#include <sstream>
 
 #include "harness.h"
+#include "services_server.h"
 
 namespace zellick::test {
 namespace {
@@ -41,6 +50,7 @@ struct Options {
   unsigned seed = std::random_device{}();
   double seconds = 600, stopAt = 20, stopFor = 10;
   int load = 2;
+  int presses = 1000;
 };
 
 // One line the app printed: "<what> N at MS".
@@ -63,10 +73,11 @@ struct App {
   QProcess process;
   QByteArray out;
 
-  App(const Options& o, const QProcessEnvironment& env, const QString& mode, const QString& log) {
+  App(const Options& o, const QProcessEnvironment& env, const QString& mode, const QString& log,
+      QStringList more = {}) {
     process.setProcessEnvironment(env);
     process.setStandardErrorFile(log, QIODevice::Append);
-    process.start(o.app, {mode});
+    process.start(o.app, QStringList{mode} + more);
     process.waitForStarted(10000);
   }
   pid_t pid() { return static_cast<pid_t>(process.processId()); }
@@ -240,6 +251,70 @@ int instance(const Options& o) {
   return ok ? 0 : 1;
 }
 
+int records(const Options& o) {
+  QTemporaryDir dir;
+  std::ostringstream quiet;
+  standin::ServicesServer server({}, nullptr, &quiet);
+  if (!server.start().ok()) return 1;
+  bool ok = true;
+  for (const bool on : {true, false}) {
+    QProcessEnvironment env = appEnvironment(dir, dir.filePath(on ? "on.ini" : "off.ini"));
+    env.insert("ZELLICK_MAKER_URL", QString::fromStdString(server.baseUrl()));
+    const size_t before = server.records().size();
+    QStringList more{QString::number(o.presses), QString::number(o.seconds)};
+    if (!on) more << "--no-usage-records";
+    App app(o, env, "--press", dir.filePath("app.log"), more);
+    const bool ended = app.process.waitForFinished(static_cast<int>(o.seconds * 1000) + 30000);
+    app.out += app.process.readAllStandardOutput();
+    std::vector<std::string> got = server.records();
+    got.erase(got.begin(), got.begin() + static_cast<std::ptrdiff_t>(before));
+    int counts = 0, launches = 0;
+    for (const std::string& r : got) {
+      counts += r.rfind("appid=17&tag=Count&device=", 0) == 0;
+      launches +=
+          r.rfind("appid=17&tag=Launch&", 0) == 0 || r.rfind("appid=17&tag=reLaunch&", 0) == 0;
+    }
+    const int wantCounts = on ? o.presses : 0, wantLaunches = on ? 2 : 0;
+    const QByteArray stats = app.out.mid(app.out.indexOf("frames")).trimmed();
+    std::printf(
+        "records %-3s %d presses over %.0f s: %zu records received (%d Count, %d launch); %s\n",
+        on ? "on" : "off", o.presses, o.seconds, got.size(), counts, launches, stats.constData());
+    if (!ended || counts != wantCounts || launches != wantLaunches) {
+      ok = false;
+      std::fprintf(stderr, "records %s: want %d Count and %d launch records\n", on ? "on" : "off",
+                   wantCounts, wantLaunches);
+    }
+  }
+  return ok ? 0 : 1;
+}
+
+int exitWithRecordsInFlight(const Options& o) {
+  QTemporaryDir dir;
+  std::ostringstream quiet;
+  standin::ServicesOptions hanging;
+  hanging.hangPath = "tracker.php";
+  standin::ServicesServer server(hanging, nullptr, &quiet);
+  if (!server.start().ok()) return 1;
+  const QString settings = dir.filePath("defaults.ini");
+  QProcessEnvironment env = appEnvironment(dir, settings);
+  env.insert("ZELLICK_MAKER_URL", QString::fromStdString(server.baseUrl()));
+  App app(o, env, "--press-then-close", dir.filePath("app.log"), {"200"});
+  bool ok = app.waitFor("closing at", 30000);
+  double closing = 0;
+  if (ok)
+    std::sscanf(app.out.constData() + app.out.indexOf("closing at"), "closing at %lf", &closing);
+  ok = ok && app.process.waitForFinished(10000);
+  const double tookMs = monotonicMs() - closing;
+  const SavedState s = readSaved(settings, dir.path());
+  ok = ok && app.process.exitStatus() == QProcess::NormalExit && app.process.exitCode() == 0 &&
+       tookMs < 1000 && s.whole() && s.counters.at(0) == 200;
+  std::printf(
+      "exit: 200 records in flight to a server that never answers; the app was gone %.0f ms "
+      "after closing, the count saved (%s)\n",
+      tookMs, ok ? "ok" : "failed");
+  return ok ? 0 : 1;
+}
+
 }  // namespace
 }  // namespace zellick::test
 
@@ -258,15 +333,19 @@ int main(int argc, char** argv) {
     if (k == "--stop-at") o.stopAt = v.toDouble();
     if (k == "--stop-for") o.stopFor = v.toDouble();
     if (k == "--load") o.load = v.toInt();
+    if (k == "--presses") o.presses = v.toInt();
   }
   const QString what = args.value(1);
   if (o.app.isEmpty()) {
-    std::fprintf(stderr, "usage: %s crash|clock|instance --app APP [options]\n", argv[0]);
+    std::fprintf(stderr, "usage: %s crash|clock|instance|records|exit --app APP [options]\n",
+                 argv[0]);
     return 2;
   }
   if (what == "crash") return crash(o);
   if (what == "clock") return clock(o);
   if (what == "instance") return instance(o);
+  if (what == "records") return records(o);
+  if (what == "exit") return exitWithRecordsInFlight(o);
   std::fprintf(stderr, "unknown harness '%s'\n", qPrintable(what));
   return 2;
 }

@@ -6,6 +6,11 @@
 //                      press "shown N at MS", MS on CLOCK_MONOTONIC in milliseconds
 //   --run-clock        click the clock label to start memory A's clock; "clock started at MS",
 //                      then "clock S at MS" whenever its seconds change
+//   --press N S        click Add N times, evenly over S seconds, then print "frames p99 MS,
+//                      threads T, memory KB" (frame intervals meanwhile, peak threads and resident
+//                      memory) and quit
+//   --press-then-close N   click Add N times at once, print "closing at MS" and close the window
+// Any mode may be followed by --no-usage-records, as the app's own switch.
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <QTest>
@@ -13,7 +18,9 @@
 
 #include <time.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <fstream>
 #include <random>
 
 #include "app/zellick_app.h"
@@ -87,6 +94,49 @@ void pressRandomly(ZellickApp& app) {
   });
 }
 
+long statusField(const char* name) {
+  std::ifstream in("/proc/self/status");
+  for (std::string line; std::getline(in, line);)
+    if (line.rfind(name, 0) == 0) return std::stol(line.substr(line.find(':') + 1));
+  return -1;
+}
+
+void pressSpread(ZellickApp& app, int presses, double seconds) {
+  auto frames = std::make_shared<std::vector<double>>();
+  auto peakThreads = std::make_shared<long>(0);
+  QObject::connect(app.window(), &QQuickWindow::frameSwapped, app.window(),
+                   [frames] { frames->push_back(monotonicMs()); });
+  const double start = monotonicMs();
+  auto done = std::make_shared<int>(0);
+  every(2, [&app, presses, seconds, start, done, frames, peakThreads] {
+    *peakThreads = std::max(*peakThreads, statusField("Threads:"));
+    if (*done < presses && monotonicMs() >= start + *done * seconds * 1000.0 / presses) {
+      const QPoint add = centreOf(app, *app.controller().ButtonAdd);
+      QTest::mouseClick(app.window(), Qt::LeftButton, {}, add);
+      ++*done;
+      return true;
+    }
+    if (*done < presses) return true;
+    std::vector<double> gaps;
+    for (size_t i = 1; i < frames->size(); ++i) gaps.push_back((*frames)[i] - (*frames)[i - 1]);
+    std::sort(gaps.begin(), gaps.end());
+    const double p99 = gaps.empty() ? 0 : gaps[std::min(gaps.size() - 1, gaps.size() * 99 / 100)];
+    std::printf("frames p99 %.1f ms over %zu frames, threads %ld, memory %ld kB\n", p99,
+                frames->size(), *peakThreads, statusField("VmHWM:"));
+    std::fflush(stdout);
+    QTimer::singleShot(500, qApp, &QCoreApplication::quit);  // the last records go out
+    return false;
+  });
+}
+
+void pressThenClose(ZellickApp& app, int presses) {
+  const QPoint add = centreOf(app, *app.controller().ButtonAdd);
+  for (int i = 0; i < presses; ++i) QTest::mouseClick(app.window(), Qt::LeftButton, {}, add);
+  std::printf("closing at %.1f\n", monotonicMs());
+  std::fflush(stdout);
+  app.window()->close();
+}
+
 void runClock(ZellickApp& app) {
   QTest::mouseClick(app.window(), Qt::LeftButton, {}, centreOf(app, *app.controller().LabelTimer));
   std::printf("clock started at %.1f\n", monotonicMs());
@@ -108,30 +158,42 @@ void runClock(ZellickApp& app) {
 
 int main(int argc, char** argv) {
   QGuiApplication app(argc, argv);
-  const QStringList args = app.arguments();
+  QStringList args = app.arguments();
+  zellick::CommandLine commandLine;
+  if (args.size() > 2 && args.back() == QLatin1String("--no-usage-records")) {
+    commandLine.usageRecordsOff = true;
+    args.removeLast();
+  }
   const QString mode = args.value(1);
-  bool ok = true;
-  const long long rounds = args.size() == 3 ? args[2].toLongLong(&ok) : 0;
-  const bool known = (mode == "--stress-loop" && args.size() == 3 && ok && rounds >= 0) ||
-                     (args.size() == 2 && (mode == "--first-frame" || mode == "--press-randomly" ||
-                                           mode == "--run-clock"));
+  bool ok = true, okToo = true;
+  const long long n = args.size() >= 3 ? args[2].toLongLong(&ok) : 0;
+  const double seconds = args.size() == 4 ? args[3].toDouble(&okToo) : 0;
+  const bool known =
+      (mode == "--stress-loop" && args.size() == 3 && ok && n >= 0) ||
+      (mode == "--press" && args.size() == 4 && ok && okToo && n > 0 && seconds > 0) ||
+      (mode == "--press-then-close" && args.size() == 3 && ok && n >= 0) ||
+      (args.size() == 2 &&
+       (mode == "--first-frame" || mode == "--press-randomly" || mode == "--run-clock"));
   if (!known) {
     std::fprintf(stderr,
                  "usage: zellick_reliability_app --stress-loop N | --first-frame | "
-                 "--press-randomly | --run-clock\n");
+                 "--press-randomly | --run-clock | --press N SECONDS | --press-then-close N "
+                 "[--no-usage-records]\n");
     return 2;
   }
   ZellickApp::identify();
-  ZellickApp zellick(zellick::Environment::fromProcess());
+  ZellickApp zellick(zellick::Environment::fromProcess(), commandLine);
   const ZellickApp::Launch launched = zellick.launch();
   if (launched != ZellickApp::Launch::Shown)
     return launched == ZellickApp::Launch::AlreadyRunning ? 0 : 1;
   // Input goes through the window once it is shown, as a finger's would.
-  zellick::ui::afterFirstFrame(zellick.window(), zellick.window(), [&zellick, mode, rounds] {
+  zellick::ui::afterFirstFrame(zellick.window(), zellick.window(), [&zellick, mode, n, seconds] {
     if (mode == "--first-frame") QCoreApplication::quit();
-    if (mode == "--stress-loop") stressLoop(zellick, rounds);
+    if (mode == "--stress-loop") stressLoop(zellick, n);
     if (mode == "--press-randomly") pressRandomly(zellick);
     if (mode == "--run-clock") runClock(zellick);
+    if (mode == "--press") pressSpread(zellick, static_cast<int>(n), seconds);
+    if (mode == "--press-then-close") pressThenClose(zellick, static_cast<int>(n));
   });
   return app.exec();
 }

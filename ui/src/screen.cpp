@@ -314,4 +314,17 @@ bool QtScreen::eventFilter(QObject* watched, QEvent* event) {
   }
 }
 
+void ScreenWindow::makeKeyAndVisible() {
+  if (root_ && !loaded_) {
+    loaded_ = true;
+    root_->viewDidLoad();
+  }
+  if (root_) root_->viewWillAppear(false);
+  if (QQuickWindow* w = screen_.window()) {
+    w->show();
+    w->raise();
+    w->requestActivate();
+  }
+}
+
 }  // namespace zellick::ui

@@ -45,13 +45,14 @@ class CounterScreen {
   // not load or lacks a control the controller needs.
   bool load(const CounterScreenOptions& options = {},
             const QUrl& url = QUrl(QStringLiteral("qrc:/qml/Main.qml")));
-  // The controller's start: its view is loaded and about to appear.
+  // The controller's start where no delegate starts it: the window shows its view.
   void start();
   // Posts become-active, for callers without a life-cycle source of their own.
   void activate();
 
   ZellickViewController& controller() { return *controller_; }
   ui::QtScreen& screen() { return *screen_; }
+  Window& window() { return *window_; }
   NotificationCenter& notifications() { return notifications_; }
   qt::QtRunLoop& runLoop() { return runLoop_; }
 
@@ -63,6 +64,7 @@ class CounterScreen {
   NotificationCenter notifications_;
   std::unique_ptr<ScreenPresenter> screens_;
   std::unique_ptr<ui::QtScreen> screen_;
+  std::unique_ptr<ui::ScreenWindow> window_;
   std::unique_ptr<ZellickViewController> controller_;
 };
 

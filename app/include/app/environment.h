@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include <string>
@@ -21,6 +22,12 @@ struct Environment {
   bool audioOff = false;
   // ZELLICK_AUDIO_MODULE, else the audio module next to the executable.
   QString audioModule;
+  // ZELLICK_MAKER_URL, ZELLICK_AD_PRIMARY_URL, ZELLICK_AD_FALLBACK_URL: the servers' addresses
+  // in place of the shipped ones (empty: the shipped one).
+  QByteArray makerUrl, adPrimaryUrl, adFallbackUrl;
+  // Where the maker's apps on this machine share their vendor identifier: "Orvanta/vendor-id"
+  // in the user's configuration folder.
+  QString vendorIdFile;
 
   // Read from the process; needs the QCoreApplication for the app's folders.
   static Environment fromProcess();

@@ -4,34 +4,35 @@
 
 #include <memory>
 
+#include "app/ZellickAppDelegate.h"
+#include "app/command_line.h"
 #include "app/counter_screen.h"
 #include "app/environment.h"
+#include "platform/application.h"
+#include "platform/qt/application.h"
 #include "platform/qt/bundle.h"
 #include "platform/qt/deferred_sound.h"
+#include "platform/qt/http.h"
 #include "platform/qt/instance_lock.h"
 #include "platform/qt/lifecycle.h"
 #include "platform/qt/log.h"
 #include "platform/qt/settings_defaults.h"
+#include "services/configuration.h"
+#include "services/tracker.h"
 #include "ui/font_setup.h"
 
 class QQuickWindow;
 
 namespace zellick {
 
-// Usage records are not sent yet: the network side of the tracker comes later.
-class UnsentTracker : public orvtracker {
- public:
-  void Track(const std::string&) override {}
-};
-
-// The whole app as it runs: the real services, the counter screen and the life cycle that
-// saves on the way out. Main thread only; needs a QGuiApplication.
+// The whole app as it runs: the real services, the delegate that starts it, the counter screen
+// and the life cycle that saves on the way out. Main thread only; needs a QGuiApplication.
 class ZellickApp {
  public:
   // Names the application, which decides where its folders are; before Environment::fromProcess().
   static void identify();
 
-  explicit ZellickApp(Environment environment);
+  explicit ZellickApp(Environment environment, CommandLine commandLine = {});
   ZellickApp(const ZellickApp&) = delete;
   ZellickApp& operator=(const ZellickApp&) = delete;
   ~ZellickApp();
@@ -55,18 +56,25 @@ class ZellickApp {
   void comeToTheFront();
 
   Environment environment_;
+  CommandLine commandLine_;
   qt::StderrLog log_;
+  Configuration configuration_;
   // The labels draw from the bundled face directly; Qt's text stack, which only the questions
   // use, is set up after the first frame, and a question waits for it.
   ui::FontSetupAhead fontSetup_;
   // The audio stack is loaded after the first frame, or by the first click before it.
   qt::DeferredSoundOutput sound_;
   qt::DirectoryBundle bundle_;
-  UnsentTracker tracker_;
   // Taken before the settings file is opened: it is one app's file.
   std::unique_ptr<qt::InstanceLock> instance_;
   std::unique_ptr<qt::QSettingsDefaults> defaults_;
+  // Its replies use only the log; going, it drops what is in flight and waits for no server.
+  std::unique_ptr<qt::QtHttpClient> http_;
+  std::unique_ptr<orvtracker> tracker_;
   std::unique_ptr<CounterScreen> counter_;
+  std::unique_ptr<qt::QtApplication> application_;
+  std::unique_ptr<LifecycleEvents> events_;
+  std::unique_ptr<ZellickAppDelegate> delegate_;
   std::unique_ptr<qt::QtLifecycle> lifecycle_;
 };
 

@@ -66,16 +66,16 @@ inline constexpr int kResetTimerAlertTag = 201;
 // rates, the reset roll, and saving/restoring across activity changes. Main thread only.
 // Each concern lives in its own source file: memories, counting, wheels, reset, clocks,
 // persistence, screen.
-class ZellickViewController {
+class ZellickViewController : public ViewController {
  public:
   ZellickViewController(CounterServices services, CounterViews views);
   ZellickViewController(const ZellickViewController&) = delete;
   ZellickViewController& operator=(const ZellickViewController&) = delete;
-  ~ZellickViewController();
+  ~ZellickViewController() override;
 
   // Screen construction and life cycle (screen.cpp).
-  void viewDidLoad();
-  void viewWillAppear(bool animated);
+  void viewDidLoad() override;
+  void viewWillAppear(bool animated) override;
   bool shouldAutorotateToInterfaceOrientation(InterfaceOrientation orientation) const;
   void applicationWillResignActive();
   void applicationDidBecomeActive();

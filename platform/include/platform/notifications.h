@@ -7,8 +7,14 @@
 
 namespace zellick {
 
+// The application's life cycle, posted by the platform (see LifecycleEvents).
 inline constexpr const char* kWillResignActive = "UIApplicationWillResignActiveNotification";
 inline constexpr const char* kDidBecomeActive = "UIApplicationDidBecomeActiveNotification";
+inline constexpr const char* kDidEnterBackground = "UIApplicationDidEnterBackgroundNotification";
+inline constexpr const char* kWillEnterForeground = "UIApplicationWillEnterForegroundNotification";
+inline constexpr const char* kWillTerminate = "UIApplicationWillTerminateNotification";
+inline constexpr const char* kSignificantTimeChange =
+    "UIApplicationSignificantTimeChangeNotification";
 
 // Named notifications, delivered synchronously on the posting thread in the order observers
 // were added. Observers stay for the centre's lifetime.

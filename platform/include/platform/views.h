@@ -106,6 +106,26 @@ class ScreenPresenter {
   virtual void presentModalViewController(const std::string& nibName) = 0;
 };
 
+// A screen's controller as its window drives it. Main thread.
+class ViewController {
+ public:
+  virtual ~ViewController() = default;
+  // Once, after the screen's views are built and before it is first shown.
+  virtual void viewDidLoad() = 0;
+  // Each time the screen is about to be shown.
+  virtual void viewWillAppear(bool animated) = 0;
+};
+
+// The app's window. Main thread.
+class Window {
+ public:
+  virtual ~Window() = default;
+  // The controller whose screen the window shows; it must outlive the window's use of it.
+  virtual void setRootViewController(ViewController* controller) = 0;
+  // Loads the root controller's view if it is not yet loaded, and shows the window in front.
+  virtual void makeKeyAndVisible() = 0;
+};
+
 // One control of a screen's interface file: the name it is found by (the controller's field),
 // what kind of view it is, where it stands at first, its first pictures and its touch tag.
 struct ControlSpec {

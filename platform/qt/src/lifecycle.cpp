@@ -1,16 +1,23 @@
 #include "platform/qt/lifecycle.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QEvent>
+#include <QFileSystemWatcher>
 #include <QGuiApplication>
 #include <QSessionManager>
 #include <QSocketNotifier>
+#include <QTimer>
 #include <QWindow>
 
 #include <sys/socket.h>
+#include <sys/timerfd.h>
 #include <unistd.h>
+#include <climits>
 #include <csignal>
+#include <cstdint>
 #include <iterator>
+#include <limits>
 #include <string>
 
 namespace zellick::qt {
@@ -39,15 +46,10 @@ void onTerminationSignal(int signo) {
 
 }  // namespace
 
-QtLifecycle::QtLifecycle(NotificationCenter& notifications, Log& log, QObject* parent)
-    : QObject(parent), notifications_(notifications), log_(log) {
+QtLifecycle::QtLifecycle(LifecycleEvents& events, Log& log, QObject* parent)
+    : QObject(parent), events_(events), log_(log) {
   auto* app = QCoreApplication::instance();
-  if (app) {
-    connect(app, &QCoreApplication::aboutToQuit, this, [this] {
-      log_.line("Lifecycle: quitting");
-      resignActive();
-    });
-  }
+  if (app) connect(app, &QCoreApplication::aboutToQuit, this, [this] { terminate("quitting"); });
   if (auto* gui = qobject_cast<QGuiApplication*>(app)) {
     connect(gui, &QGuiApplication::applicationStateChanged, this,
             &QtLifecycle::applicationStateChanged);
@@ -95,7 +97,16 @@ void QtLifecycle::start() {
 }
 
 void QtLifecycle::watchWindow(QWindow* window) {
-  if (window) window->installEventFilter(this);
+  if (!window) return;
+  window->installEventFilter(this);
+  connect(window, &QWindow::visibilityChanged, this, [this](QWindow::Visibility v) {
+    if (v == QWindow::Hidden || v == QWindow::Minimized) {
+      enterBackground();
+    } else if (background_) {
+      enterForeground();
+      if (QGuiApplication::applicationState() == Qt::ApplicationActive) becomeActive();
+    }
+  });
 }
 
 bool QtLifecycle::eventFilter(QObject* watched, QEvent* event) {
@@ -107,32 +118,101 @@ bool QtLifecycle::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void QtLifecycle::applicationStateChanged(Qt::ApplicationState state) {
-  if (state == Qt::ApplicationActive) {
-    becomeActive();
-  } else {
-    resignActive();
+  switch (state) {
+    case Qt::ApplicationActive:
+      if (background_) enterForeground();
+      becomeActive();
+      break;
+    case Qt::ApplicationInactive: resignActive(); break;
+    case Qt::ApplicationSuspended:
+    case Qt::ApplicationHidden: enterBackground(); break;
   }
 }
 
 void QtLifecycle::becomeActive() {
-  if (!started_ || active_) return;
+  if (!started_ || active_ || background_ || terminated_) return;
   active_ = true;
-  notifications_.post(kDidBecomeActive);
+  events_.didBecomeActive();
 }
 
 void QtLifecycle::resignActive() {
   if (!active_) return;
   active_ = false;
-  notifications_.post(kWillResignActive);
+  events_.willResignActive();
+}
+
+void QtLifecycle::enterBackground() {
+  if (!started_ || background_ || terminated_) return;
+  resignActive();
+  background_ = true;
+  events_.didEnterBackground();
+}
+
+void QtLifecycle::enterForeground() {
+  if (!background_ || terminated_) return;
+  background_ = false;
+  events_.willEnterForeground();
+}
+
+void QtLifecycle::terminate(const char* why) {
+  if (terminated_) return;
+  log_.line(std::string("Lifecycle: ") + why);
+  resignActive();
+  terminated_ = true;
+  if (started_) events_.willTerminate();
 }
 
 void QtLifecycle::onSignal() {
   char buf[16];
   ssize_t n = ::read(g_signalPipe[1], buf, sizeof buf);
   if (n <= 0) return;
-  log_.line(std::string("Lifecycle: ") + signalName(buf[n - 1]));
-  resignActive();
+  terminate(signalName(buf[n - 1]));
   QCoreApplication::quit();
+}
+
+// The wall clock set (a timer on it cancelled by any setting), the local date changed (a timer
+// to the next midnight) or the time zone changed (its file replaced).
+void QtLifecycle::watchTheTime() {
+  const int fd = ::timerfd_create(CLOCK_REALTIME, TFD_NONBLOCK | TFD_CLOEXEC);
+  if (fd >= 0) {
+    const auto arm = [fd] {
+      itimerspec far{};
+      far.it_value.tv_sec = std::numeric_limits<time_t>::max() / 2;
+      return ::timerfd_settime(fd, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &far, nullptr) == 0;
+    };
+    if (arm()) {
+      auto* notifier = new QSocketNotifier(fd, QSocketNotifier::Read, this);
+      connect(notifier, &QSocketNotifier::activated, this, [this, fd, arm] {
+        uint64_t expirations = 0;
+        // A cancelled read (ECANCELED) is the clock being set; either way, watch again.
+        [[maybe_unused]] const ssize_t n = ::read(fd, &expirations, sizeof expirations);
+        arm();
+        events_.significantTimeChange();
+      });
+      connect(notifier, &QObject::destroyed, [fd] { ::close(fd); });
+    } else {
+      ::close(fd);
+    }
+  }
+  auto* midnight = new QTimer(this);
+  midnight->setSingleShot(true);
+  const auto untilMidnight = [] {
+    const QDateTime now = QDateTime::currentDateTime();
+    return std::max<qint64>(1000,
+                            now.msecsTo(QDateTime(now.date().addDays(1), QTime(0, 0))) + 1000);
+  };
+  connect(midnight, &QTimer::timeout, this, [this, midnight, untilMidnight] {
+    events_.significantTimeChange();
+    midnight->start(static_cast<int>(std::min<qint64>(untilMidnight(), INT_MAX)));
+  });
+  midnight->start(static_cast<int>(std::min<qint64>(untilMidnight(), INT_MAX)));
+  auto* zone = new QFileSystemWatcher(this);
+  zone->addPath(QStringLiteral("/etc/localtime"));
+  connect(zone, &QFileSystemWatcher::fileChanged, this, [this, zone](const QString& path) {
+    // A replaced file drops out of the watch: take it in again.
+    if (!zone->files().contains(path)) zone->addPath(path);
+    events_.significantTimeChange();
+  });
 }
 
 }  // namespace zellick::qt

@@ -27,6 +27,10 @@ class Driver {
 
   // Adds or replaces a command; `usage` is shown when its arguments are wrong.
   void define(const std::string& name, std::string usage, std::size_t argCount, Handler handler);
+  // A command whose last argument is the rest of the line after `argCount` words, as written
+  // but with "\n" read as a line break (it may be empty).
+  void defineWithText(const std::string& name, std::string usage, std::size_t argCount,
+                      Handler handler);
   // Runs one line (comments and blank lines do nothing); false when it was refused.
   bool execute(const std::string& line, int lineNumber);
   // Runs every line of `in`; returns the number of refused lines.
@@ -38,6 +42,7 @@ class Driver {
     std::string usage;
     std::size_t argCount;
     Handler handler;
+    bool restOfLine = false;
   };
   void defineStandardCommands();
 

@@ -5,13 +5,18 @@
 #include <optional>
 #include <string>
 
+#include "app/ZellickAppDelegate.h"
 #include "counter/ZellickViewController.h"
+#include "platform/application.h"
+#include "platform/fake/application.h"
+#include "platform/fake/http.h"
 #include "platform/fake/memory_defaults.h"
 #include "platform/fake/recorder.h"
 #include "platform/fake/services.h"
 #include "platform/fake/time.h"
 #include "platform/fake/views.h"
 #include "platform/notifications.h"
+#include "services/configuration.h"
 #include "services/tracker.h"
 
 namespace zellick::sim {
@@ -21,13 +26,22 @@ using fake::InputResult;
 struct SimOptions {
   double screenHeight = 480;  // logical points, at least 480; the width is always 320
   double epoch = 1.8e9;       // wall-clock seconds at virtual time 0
+  // What the machine says of itself to the maker's services.
+  DeviceFacts device{"Zellick Sim", "Simulated PC", "Debian GNU/Linux", "12",
+                     "5A1C0E2B-7F3D-4E8A-9B6C-0D1E2F3A4B5C"};
+  Configuration configuration = Configuration::shipped();
 };
 
-// Usage records as "track TAG" events.
+// The real tracker, each record also shown as a "track TAG" event.
 class RecordingTracker final : public orvtracker {
  public:
-  explicit RecordingTracker(fake::EventRecorder& events) : events_(events) {}
-  void Track(const std::string& tag) override { events_.record("track " + tag); }
+  RecordingTracker(Services services, DeviceFacts device, std::string makerBaseUrl,
+                   fake::EventRecorder& events)
+      : orvtracker(services, std::move(device), std::move(makerBaseUrl)), events_(events) {}
+  void Track(const std::string& tag) override {
+    events_.record("track " + tag);
+    orvtracker::Track(tag);
+  }
 
  private:
   fake::EventRecorder& events_;
@@ -48,6 +62,8 @@ class World {
   // The store underneath; `defaults()` is what processes use.
   fake::MemoryDefaults& store() { return store_; }
   UserDefaults& defaults() { return defaults_ ? *defaults_ : store_; }
+  // How the simulated network answers; it outlives processes.
+  fake::HttpRules& network() { return network_; }
   // Puts another store (e.g. a fault-injecting wrapper of store()) in front; null removes it.
   // It must outlive every process started afterwards.
   void useDefaults(UserDefaults* defaults) { defaults_ = defaults; }
@@ -59,12 +75,14 @@ class World {
   fake::FakeMonotonicClock uptime_;
   fake::EventRecorder events_;
   fake::MemoryDefaults store_;
+  fake::HttpRules network_;
   UserDefaults* defaults_ = nullptr;
 };
 
-// One run of the app: its run loop, screen, services and controller. Construction starts it
-// as the app does (viewDidLoad, viewWillAppear, then become-active); destruction ends it
-// without any save, and its pending timers die with it.
+// One run of the app: its run loop, screen, services, delegate and controller. Construction
+// starts it as the app does (the delegate's launch, which shows the counter, then
+// become-active); destruction ends it without any save, and its pending timers and requests die
+// with it.
 class Process {
  public:
   explicit Process(World& world);
@@ -73,6 +91,7 @@ class Process {
   ~Process();
 
   ZellickViewController& controller() { return *controller_; }
+  ZellickAppDelegate& delegate() { return *delegate_; }
   fake::VirtualRunLoop& runLoop() { return runLoop_; }
   NotificationCenter& notifications() { return notifications_; }
   fake::FakeScreen& screen() { return screen_; }
@@ -89,8 +108,17 @@ class Process {
   InputResult tap(const std::string& name) { return screen_.tap(name); }
   InputResult touch(const std::string& name, int tapCount) { return screen_.touch(name, tapCount); }
   std::optional<std::string> answer(int index) { return alerts().answer(index); }
-  void resign() { notifications_.post(kWillResignActive); }
-  void activate() { notifications_.post(kDidBecomeActive); }
+  void resign() { events_.willResignActive(); }
+  void activate() { events_.didBecomeActive(); }
+  // To the background (resigning first) and back (becoming active after).
+  void background() {
+    events_.willResignActive();
+    events_.didEnterBackground();
+  }
+  void foreground() {
+    events_.willEnterForeground();
+    events_.didBecomeActive();
+  }
 
  private:
   World& world_;
@@ -100,10 +128,15 @@ class Process {
   fake::FakeBundle bundle_;
   fake::EventLog log_;
   fake::RecordingScreenPresenter screens_;
+  fake::FakeHttpClient http_;
   RecordingTracker tracker_;
+  fake::FakeApplication application_;
+  fake::FakeWindow window_;
+  LifecycleEvents events_;
   fake::FakeScreen screen_;
-  // Last, so it goes first: its destructor may still touch the services above.
+  // Last, so they go first: their destructors may still touch the services above.
   std::unique_ptr<ZellickViewController> controller_;
+  std::unique_ptr<ZellickAppDelegate> delegate_;
 };
 
 // A world plus the process running in it; what the driver and the tests drive.

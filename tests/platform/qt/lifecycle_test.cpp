@@ -21,8 +21,9 @@ using qt::QtLifecycle;
 
 namespace {
 
-// Each way the process ends resigns exactly once, before the application's quit signal ('|'
-// marks where the test itself quits), and the handlers found before are back afterwards. State
+// Each way the process ends resigns exactly once and terminates, before the application's quit
+// signal ('|' marks where the test itself quits), and the handlers found before are back
+// afterwards. State
 // changes go through QGuiApplication's own signal, so the connection is tested too: before
 // start() they post nothing, after it only transitions.
 TEST(Lifecycle, PostsOnlyTransitionsAndEveryWayOutResignsOnceBeforeQuitting) {
@@ -35,10 +36,10 @@ TEST(Lifecycle, PostsOnlyTransitionsAndEveryWayOutResignsOnceBeforeQuitting) {
     for (auto s : list) emit qGuiApp->applicationStateChanged(s);
   };
   const Case cases[] = {
-      {"SIGTERM", [](QWindow&) { ::kill(::getpid(), SIGTERM); }, "ARQ"},
-      {"SIGINT", [](QWindow&) { ::kill(::getpid(), SIGINT); }, "ARQ"},
-      {"SIGHUP", [](QWindow&) { ::kill(::getpid(), SIGHUP); }, "ARQ"},
-      {"SIGQUIT", [](QWindow&) { ::kill(::getpid(), SIGQUIT); }, "ARQ"},
+      {"SIGTERM", [](QWindow&) { ::kill(::getpid(), SIGTERM); }, "ARTQ"},
+      {"SIGINT", [](QWindow&) { ::kill(::getpid(), SIGINT); }, "ARTQ"},
+      {"SIGHUP", [](QWindow&) { ::kill(::getpid(), SIGHUP); }, "ARTQ"},
+      {"SIGQUIT", [](QWindow&) { ::kill(::getpid(), SIGQUIT); }, "ARTQ"},
       {"session logout",
        [](QWindow&) {
          // The session manager the platform gave the application.
@@ -46,33 +47,40 @@ TEST(Lifecycle, PostsOnlyTransitionsAndEveryWayOutResignsOnceBeforeQuitting) {
          ASSERT_NE(session, nullptr);
          emit qGuiApp->commitDataRequest(*session);
        },
-       "AR|Q"},
+       "AR|TQ"},
       {"window close",
        [](QWindow& w) {
          w.show();  // its activation arrives first
          QCoreApplication::processEvents();
          w.close();
        },
-       "AR|Q"},
+       "ARB|TQ"},
       {"state changes",
        [&](QWindow&) {
          states({Qt::ApplicationActive, Qt::ApplicationInactive, Qt::ApplicationInactive,
                  Qt::ApplicationActive, Qt::ApplicationSuspended, Qt::ApplicationHidden,
                  Qt::ApplicationActive, Qt::ApplicationHidden});
        },
-       "ARARAR|Q"}};
+       "ARARBFARB|TQ"}};
   const int ending[] = {SIGTERM, SIGINT, SIGHUP, SIGQUIT};
   for (int signo : ending) std::signal(signo, SIG_IGN);
   for (const Case& c : cases) {
-    // Every post in order: 'A' for become-active, 'R' for resign, 'Q' for the quit signal.
+    // Every post in order: 'A' become-active, 'R' resign, 'B' background, 'F' foreground,
+    // 'T' terminate, 'Q' the application's quit signal.
     NotificationCenter center;
+    LifecycleEvents events(center);
     std::string posts;
-    center.addObserver(zellick::kDidBecomeActive, [&] { posts += 'A'; });
-    center.addObserver(zellick::kWillResignActive, [&] { posts += 'R'; });
+    const std::pair<const char*, char> letters[] = {{kDidBecomeActive, 'A'},
+                                                    {kWillResignActive, 'R'},
+                                                    {kDidEnterBackground, 'B'},
+                                                    {kWillEnterForeground, 'F'},
+                                                    {kWillTerminate, 'T'}};
+    for (const auto& [name, letter] : letters)
+      center.addObserver(name, [&posts, l = letter] { posts += l; });
     {
       RecordingLog log;
       QWindow window;
-      QtLifecycle life(center, log);
+      QtLifecycle life(events, log);
       life.watchWindow(&window);
       const auto quit =
           QObject::connect(qApp, &QCoreApplication::aboutToQuit, [&] { posts += 'Q'; });

@@ -120,4 +120,18 @@ class QtScreen : public QObject, public Screen {
   int touchPointId_ = -1;
 };
 
+// The app's window as a QtScreen shows it: the first makeKeyAndVisible loads the root
+// controller's view; each shows the window and brings it to the front.
+class ScreenWindow : public Window {
+ public:
+  explicit ScreenWindow(QtScreen& screen) : screen_(screen) {}
+  void setRootViewController(ViewController* controller) override { root_ = controller; }
+  void makeKeyAndVisible() override;
+
+ private:
+  QtScreen& screen_;
+  ViewController* root_ = nullptr;
+  bool loaded_ = false;
+};
+
 }  // namespace zellick::ui

@@ -1,0 +1,113 @@
+#include "platform/qt/http.h"
+
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QPointer>
+#include <QTimer>
+
+#include <cmath>
+#include <set>
+
+namespace zellick::qt {
+
+// Owns the network access manager and the replies in flight; everything here runs on the
+// client's thread.
+class HttpWorker : public QObject {
+ public:
+  void start(HttpRequest request, std::function<void(HttpReply)> done) {
+    if (!manager_) {
+      manager_ = new QNetworkAccessManager(this);
+      manager_->setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
+    }
+    QNetworkRequest r{QUrl(QString::fromStdString(request.url))};
+    for (const auto& [name, value] : request.headers)
+      r.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
+    r.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
+    r.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
+    QNetworkReply* reply = manager_->sendCustomRequest(r, QByteArray::fromStdString(request.method),
+                                                       QByteArray::fromStdString(request.body));
+    inFlight_.insert(reply);
+    auto outcome = std::make_shared<HttpReply>();
+    // A reply longer than allowed is cut off, not read on.
+    connect(reply, &QNetworkReply::readyRead, reply, [reply, max = request.maxBodyBytes, outcome] {
+      if (static_cast<std::size_t>(reply->bytesAvailable()) + outcome->body.size() > max) {
+        outcome->status = Status(Status::Code::TooLarge, "the reply is larger than allowed");
+        reply->abort();
+        return;
+      }
+      outcome->body += reply->readAll().toStdString();
+    });
+    auto* deadline = new QTimer(reply);
+    deadline->setSingleShot(true);
+    connect(deadline, &QTimer::timeout, reply, [reply, outcome] {
+      outcome->status = Status(Status::Code::TimedOut, "no answer in time");
+      reply->abort();
+    });
+    deadline->start(static_cast<int>(std::clamp(request.timeout * 1000.0, 0.0, 2e9)));
+    connect(reply, &QNetworkReply::finished, this, [this, reply, outcome, done = std::move(done)] {
+      inFlight_.erase(reply);
+      reply->deleteLater();
+      if (outcome->status.ok()) {
+        const QVariant code = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+        if (code.isValid()) {
+          // Whatever the status, a reply came.
+          outcome->code = code.toInt();
+          outcome->body += reply->readAll().toStdString();
+        } else {
+          const bool refused = reply->error() == QNetworkReply::ConnectionRefusedError ||
+                               reply->error() == QNetworkReply::HostNotFoundError ||
+                               reply->error() == QNetworkReply::TemporaryNetworkFailureError ||
+                               reply->error() == QNetworkReply::NetworkSessionFailedError;
+          outcome->status = Status(refused ? Status::Code::Unavailable : Status::Code::Failed,
+                                   reply->errorString().toStdString());
+          outcome->body.clear();
+        }
+      } else {
+        outcome->body.clear();
+      }
+      if (done) done(*outcome);
+    });
+  }
+
+  // Drops every request in flight without telling its caller.
+  void abandonAll() {
+    for (QNetworkReply* reply : std::set<QNetworkReply*>(inFlight_)) {
+      reply->disconnect(this);
+      reply->abort();
+      delete reply;
+    }
+    inFlight_.clear();
+    delete manager_;
+    manager_ = nullptr;
+  }
+
+ private:
+  QNetworkAccessManager* manager_ = nullptr;
+  std::set<QNetworkReply*> inFlight_;
+};
+
+QtHttpClient::QtHttpClient() : worker_(new HttpWorker) {
+  thread_.setObjectName(QStringLiteral("zellick-http"));
+  worker_->moveToThread(&thread_);
+  QObject::connect(&thread_, &QThread::finished, worker_, &QObject::deleteLater);
+  thread_.start();
+}
+
+QtHttpClient::~QtHttpClient() {
+  QMetaObject::invokeMethod(
+      worker_, [w = worker_] { w->abandonAll(); }, Qt::BlockingQueuedConnection);
+  thread_.quit();
+  thread_.wait();
+}
+
+void QtHttpClient::send(HttpRequest request, std::function<void(HttpReply)> done) {
+  QMetaObject::invokeMethod(
+      worker_,
+      [w = worker_, request = std::move(request), done = std::move(done)]() mutable {
+        w->start(std::move(request), std::move(done));
+      },
+      Qt::QueuedConnection);
+}
+
+}  // namespace zellick::qt
