@@ -42,7 +42,8 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
   // A file size limit must not kill the app in the middle of a save: the write fails instead.
   std::signal(SIGXFSZ, SIG_IGN);
   defaults_ = std::make_unique<qt::QSettingsDefaults>(environment_.settingsPath, log_);
-  http_ = std::make_unique<qt::QtHttpClient>();
+  // Records wait for the network until the first frame is out.
+  http_ = std::make_unique<qt::QtHttpClient>(false);
   tracker_ = std::make_unique<orvtracker>(orvtracker::Services{*http_, *defaults_, log_},
                                           qt::readDeviceFacts(environment_.vendorIdFile, log_),
                                           configuration_.makerBaseUrl);
@@ -76,8 +77,9 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
   lifecycle_ = std::make_unique<qt::QtLifecycle>(*events_, log_);
   lifecycle_->watchWindow(window());
   lifecycle_->start();
-  instance_->onRaise([this] { comeToTheFront(); });
   ui::afterFirstFrame(window(), window(), [this] {
+    instance_->onRaise([this] { comeToTheFront(); });
+    http_->start();
     application_->connectToSession();
     sound_.load();
     lifecycle_->watchTheTime();

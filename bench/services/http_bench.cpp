@@ -4,7 +4,7 @@
 //     HTTP client's own, and (b) with a thread of its own per record, each running its request
 //     to the end: records received, peak threads, peak memory, the caller's cost per record.
 //  3. The client destroyed with 200 records in flight to a server that never answers.
-//   zellick_http_bench [--records N] [--seconds S]
+//   zellick_http_bench [--records N] [--seconds S] 2>/dev/null   (the records' log lines)
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QNetworkAccessManager>
@@ -24,6 +24,7 @@
 #include "platform/fake/memory_defaults.h"
 #include "platform/fake/services.h"
 #include "platform/qt/http.h"
+#include "platform/qt/log.h"
 #include "services/tracker.h"
 #include "services_server.h"
 

@@ -87,21 +87,48 @@ class HttpWorker : public QObject {
   std::set<QNetworkReply*> inFlight_;
 };
 
-QtHttpClient::QtHttpClient() : worker_(new HttpWorker) {
+QtHttpClient::QtHttpClient(bool startNow) : worker_(new HttpWorker) {
   thread_.setObjectName(QStringLiteral("zellick-http"));
   worker_->moveToThread(&thread_);
   QObject::connect(&thread_, &QThread::finished, worker_, &QObject::deleteLater);
-  thread_.start();
+  if (startNow) start();
 }
 
 QtHttpClient::~QtHttpClient() {
-  QMetaObject::invokeMethod(
-      worker_, [w = worker_] { w->abandonAll(); }, Qt::BlockingQueuedConnection);
-  thread_.quit();
-  thread_.wait();
+  if (thread_.isRunning()) {
+    QMetaObject::invokeMethod(
+        worker_, [w = worker_] { w->abandonAll(); }, Qt::BlockingQueuedConnection);
+    thread_.quit();
+    thread_.wait();
+  } else {
+    delete worker_;
+  }
+}
+
+void QtHttpClient::start() {
+  std::vector<std::pair<HttpRequest, std::function<void(HttpReply)>>> waiting;
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (started_) return;
+    started_ = true;
+    waiting.swap(waiting_);
+  }
+  thread_.start();
+  for (auto& [request, done] : waiting) post(std::move(request), std::move(done));
 }
 
 void QtHttpClient::send(HttpRequest request, std::function<void(HttpReply)> done) {
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (!started_) {
+      waiting_.emplace_back(std::move(request), std::move(done));
+      return;
+    }
+  }
+  post(std::move(request), std::move(done));
+}
+
+void QtHttpClient::post(HttpRequest request, std::function<void(HttpReply)> done) {
   QMetaObject::invokeMethod(
       worker_,
       [w = worker_, request = std::move(request), done = std::move(done)]() mutable {

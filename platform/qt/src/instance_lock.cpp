@@ -49,11 +49,8 @@ std::unique_ptr<InstanceLock> InstanceLock::acquire(const QString& settingsPath,
     log.line("Instance: cannot open " + lockPath.toStdString() + "; not checking for another");
     return std::unique_ptr<InstanceLock>(new InstanceLock(-1, name, log));
   }
-  if (::flock(fd, LOCK_EX | LOCK_NB) == 0) {
-    auto lock = std::unique_ptr<InstanceLock>(new InstanceLock(fd, name, log));
-    lock->listen();
-    return lock;
-  }
+  if (::flock(fd, LOCK_EX | LOCK_NB) == 0)
+    return std::unique_ptr<InstanceLock>(new InstanceLock(fd, name, log));
   ::close(fd);
 
   QLocalSocket socket;
@@ -76,6 +73,11 @@ InstanceLock::InstanceLock(int fd, QString socketName, Log& log)
 InstanceLock::~InstanceLock() {
   if (server_) server_->close();
   if (fd_ >= 0) ::close(fd_);  // drops the lock
+}
+
+void InstanceLock::onRaise(std::function<void()> raise) {
+  raise_ = std::move(raise);
+  if (!server_) listen();
 }
 
 void InstanceLock::listen() {

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cmath>
 #include <cstdio>
@@ -325,11 +326,18 @@ void QSettingsDefaults::synchronizeInBackground() {
   wake_.notify_all();
 }
 
+namespace {
+constexpr std::chrono::milliseconds kGatherRequests{100};
+}  // namespace
+
 void QSettingsDefaults::runWriter() {
   std::unique_lock lock(mutex_);
   for (;;) {
     wake_.wait(lock, [this] { return saveAsked_ || stopping_; });
     if (!saveAsked_) return;
+    // Requests that follow within a moment go into the same save: a burst is one write, and
+    // the save asked for at start-up comes after the first frame rather than beside it.
+    wake_.wait_for(lock, kGatherRequests, [this] { return stopping_; });
     saveAsked_ = false;
     lock.unlock();
     std::vector<std::string> lines;

@@ -28,8 +28,9 @@ class InstanceLock : public QObject {
                                                bool* answered = nullptr);
   static constexpr int kAnswerMs = 400;
 
-  // Run when a later start asks this one to come to the front.
-  void onRaise(std::function<void()> raise) { raise_ = std::move(raise); }
+  // Starts listening for later starts, and runs `raise` when one asks this one to come to the
+  // front. Until then a later start goes without an answer.
+  void onRaise(std::function<void()> raise);
 
  private:
   InstanceLock(int fd, QString socketName, Log& log);

@@ -48,7 +48,8 @@ class QSettingsDefaults : public UserDefaults {
   // True when every pending change is in the file; on failure they stay pending and are logged.
   // Waits for a background save under way.
   bool synchronize() override;
-  // Saves on the store's writer thread; requests made before it starts make one save.
+  // Saves on the store's writer thread, a tenth of a second after it is asked; requests made
+  // meanwhile make one save.
   void synchronizeInBackground() override;
   // True while some change is not yet known to be in the file.
   bool hasUnsavedChanges() const;
