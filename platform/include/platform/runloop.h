@@ -26,6 +26,9 @@ class RunLoop {
   virtual TimerRef scheduledTimer(double seconds, std::function<void(Timer&)> fire) = 0;
   // Calls `work` once on the main loop after `seconds`; cannot be cancelled.
   virtual void dispatchAfter(double seconds, std::function<void()> work) = 0;
+  // Calls `work` once on the main loop, soon; the only call here that any thread may make. Work
+  // still waiting when the loop goes never runs.
+  virtual void post(std::function<void()> work) = 0;
 };
 
 // Wall-clock time, in seconds since 1970-01-01 UTC. Keeps going while the app is inactive.

@@ -77,6 +77,11 @@ void QtRunLoop::dispatchAfter(double seconds, std::function<void()> work) {
   });
 }
 
+void QtRunLoop::post(std::function<void()> work) {
+  QMetaObject::invokeMethod(
+      this, [work = std::move(work)] { work(); }, Qt::QueuedConnection);
+}
+
 void QtRunLoop::cancel(int id) {
   killTimer(id);
   pending_.erase(id);

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/qt/runloop.h"
@@ -36,6 +37,15 @@ TEST(RunLoop, TimersFireOnceInDueOrderAndMaySelfDestruct) {
   EXPECT_EQ(fired, (std::vector<std::string>{"b", "c", "a valid"}));
   EXPECT_FALSE(a->isValid());
   EXPECT_EQ(loop.pendingCount(), 0u);
+}
+
+// Work posted from another thread runs on the loop's own thread.
+TEST(RunLoop, WorkPostedFromAnyThreadRunsOnTheLoop) {
+  QtRunLoop loop;
+  std::thread::id ranOn;
+  std::thread([&] { loop.post([&] { ranOn = std::this_thread::get_id(); }); }).join();
+  ASSERT_TRUE(waitFor([&] { return ranOn != std::thread::id(); }));
+  EXPECT_EQ(ranOn, std::this_thread::get_id());
 }
 
 }  // namespace

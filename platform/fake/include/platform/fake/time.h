@@ -42,6 +42,8 @@ class VirtualRunLoop final : public RunLoop {
 
   TimerRef scheduledTimer(double seconds, std::function<void(Timer&)> fire) override;
   void dispatchAfter(double seconds, std::function<void()> work) override;
+  // As dispatchAfter(0): the simulated app has one thread.
+  void post(std::function<void()> work) override { dispatchAfter(0, std::move(work)); }
 
   // Moves time on by `seconds` (negative counts as 0), firing every timer due by then,
   // including ones scheduled meanwhile. Returns how many fired. Throws std::runtime_error

@@ -25,6 +25,7 @@ class QtRunLoop : public QObject, public RunLoop {
   // Negative or non-finite intervals fire as soon as possible.
   TimerRef scheduledTimer(double seconds, std::function<void(Timer&)> fire) override;
   void dispatchAfter(double seconds, std::function<void()> work) override;
+  void post(std::function<void()> work) override;
 
   // Timers scheduled and neither fired nor invalidated yet.
   std::size_t pendingCount() const { return pending_.size(); }
