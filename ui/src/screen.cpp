@@ -142,7 +142,8 @@ bool QtScreen::bind(const std::vector<ControlSpec>& controls) {
         l->setName(c.name);
         break;
       }
-      case ControlSpec::Kind::Clip: break;
+      case ControlSpec::Kind::Clip:
+      case ControlSpec::Kind::Table: break;
     }
   }
   return complete;

@@ -55,6 +55,7 @@ QColor toQColor(Color color) {
     case Color::White: return QColor(255, 255, 255);
     case Color::Gray: return QColor(128, 128, 128);
     case Color::Black: return QColor(0, 0, 0);
+    case Color::Clear: return QColor(0, 0, 0, 0);
   }
   return QColor(128, 128, 128);
 }
@@ -188,6 +189,13 @@ Rect QtRootView::bounds() const {
 }
 
 void QtRootView::setFrame(const Rect&) { log_.line("the root view keeps its frame"); }
+
+void QtRootView::setBackgroundColor(Color color) {
+  if (root_) root_->setProperty("backgroundColor", toQColor(color));
+}
+
+// The counter's screen has no navigation bar.
+NavigationBar* QtRootView::addNavigationBar(const Rect&) { return nullptr; }
 
 void QtRootView::addColorView(const Rect& frame, Color color) {
   if (!root_) return;

@@ -56,8 +56,6 @@ struct Touch {
   int tapCount = 0;
 };
 
-enum class InterfaceOrientation { Portrait, PortraitUpsideDown, LandscapeLeft, LandscapeRight };
-
 // Tags of the two questions the screen asks.
 inline constexpr int kResetCounterAlertTag = 200;
 inline constexpr int kResetTimerAlertTag = 201;

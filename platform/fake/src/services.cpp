@@ -38,6 +38,7 @@ std::shared_ptr<AudioPlayer> RecordingSoundOutput::playerWithContentsOfFile(
 std::optional<std::string> FakeBundle::pathForResource(const std::string& name,
                                                        const std::string& type) const {
   const std::string file = type.empty() ? name : name + "." + type;
+  if (auto it = files_.find(file); it != files_.end()) return it->second;
   if (!resources_.count(file)) return std::nullopt;
   return "bundle/" + file;
 }

@@ -4,6 +4,54 @@
 
 namespace zellick::fake {
 
+bool FakeTableView::exists(IndexPath p) const {
+  auto& self = const_cast<FakeTableView&>(*this);
+  return dataSource_ && p.section >= 0 && p.row >= 0 &&
+         p.section < dataSource_->numberOfSectionsInTableView(self) &&
+         p.row < dataSource_->tableViewNumberOfRowsInSection(self, p.section);
+}
+
+std::optional<TableViewCell> FakeTableView::cellForRowAtIndexPath(IndexPath p) const {
+  if (!exists(p)) return std::nullopt;
+  return dataSource_->tableViewCellForRowAtIndexPath(const_cast<FakeTableView&>(*this), p);
+}
+
+void FakeTableView::deselectRowAtIndexPath(IndexPath p, bool) {
+  if (selected_ == p) selected_.reset();
+}
+
+std::vector<std::vector<TableViewCell>> FakeTableView::cells() const {
+  std::vector<std::vector<TableViewCell>> out;
+  if (!dataSource_) return out;
+  auto& self = const_cast<FakeTableView&>(*this);
+  const int sections = dataSource_->numberOfSectionsInTableView(self);
+  for (int s = 0; s < sections; ++s) {
+    out.emplace_back();
+    const int rows = dataSource_->tableViewNumberOfRowsInSection(self, s);
+    for (int r = 0; r < rows; ++r)
+      out.back().push_back(dataSource_->tableViewCellForRowAtIndexPath(self, {s, r}));
+  }
+  return out;
+}
+
+bool FakeTableView::select(IndexPath p) {
+  if (!exists(p)) return false;
+  selected_ = p;
+  if (delegate_) delegate_->tableViewDidSelectRowAtIndexPath(*this, p);
+  return true;
+}
+
+std::optional<std::string> FakeNavigationBar::backTitle() const {
+  if (items_.size() < 2 || items_.back().hasLeftBarButtonItem) return std::nullopt;
+  return items_[items_.size() - 2].title;
+}
+
+bool FakeNavigationBar::tapBack() {
+  if (!backTitle()) return false;
+  if (!delegate_ || delegate_->navigationBarShouldPopItem(*this, items_.back())) items_.pop_back();
+  return true;
+}
+
 void FakeImageView::setFrame(const Rect& frame) { move(frame, 0); }
 
 void FakeImageView::animateFrame(const Rect& to, double seconds) { move(to, seconds); }
@@ -27,6 +75,9 @@ FakeScreen::FakeScreen(Rect bounds, const std::vector<ControlSpec>& controls, Ev
       case ControlSpec::Kind::Label:
         labels_[c.name] = std::make_unique<FakeLabel>(c.name, c.frame, c.tag);
         break;
+      case ControlSpec::Kind::Table:
+        tables_[c.name] = std::make_unique<FakeTableView>(c.name, c.frame);
+        break;
       case ControlSpec::Kind::Clip: break;  // only clips what the real screen draws
     }
   }
@@ -41,6 +92,7 @@ static auto* find(const Map& map, const std::string& name) {
 FakeButton* FakeScreen::button(const std::string& name) { return find(buttons_, name); }
 FakeImageView* FakeScreen::imageView(const std::string& name) { return find(images_, name); }
 FakeLabel* FakeScreen::label(const std::string& name) { return find(labels_, name); }
+FakeTableView* FakeScreen::tableView(const std::string& name) { return find(tables_, name); }
 
 void FakeScreen::bindButton(const std::string& name, std::function<void()> press,
                             std::function<void()> release) {
@@ -56,6 +108,7 @@ View* FakeScreen::view(const std::string& name) {
   if (name == root_.name()) return &root_;
   if (View* b = button(name)) return b;
   if (View* l = label(name)) return l;
+  if (View* t = tableView(name)) return t;
   return imageView(name);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <variant>
@@ -15,10 +16,12 @@ struct Date {
 
 struct DefaultsValue;
 using DefaultsArray = std::vector<DefaultsValue>;
+using DefaultsDictionary = std::map<std::string, DefaultsValue>;
 
 // A property-list value as the user defaults hold it. Stores that lose types on disk hand
 // numbers back as strings; readers convert with intValue().
-struct DefaultsValue : std::variant<long long, double, bool, std::string, Date, DefaultsArray> {
+struct DefaultsValue
+    : std::variant<long long, double, bool, std::string, Date, DefaultsArray, DefaultsDictionary> {
   using variant::variant;
   bool operator==(const DefaultsValue& o) const {
     return static_cast<const variant&>(*this) == static_cast<const variant&>(o);
@@ -27,7 +30,7 @@ struct DefaultsValue : std::variant<long long, double, bool, std::string, Date, 
 
 // The number a value reads as, the way a saved count is read back: integers as they are,
 // doubles truncated, numeric text parsed (leading blanks, sign, digits; clamped to 32 bits).
-// Nothing for values with no number in them (dates, arrays, non-numeric text).
+// Nothing for values with no number in them (dates, arrays, dictionaries, non-numeric text).
 std::optional<int> intValue(const DefaultsValue& value);
 
 // The app's persistent key-value store. Safe to use from several threads only where an

@@ -20,14 +20,15 @@ struct Rect {
   bool operator==(const Rect&) const = default;
 };
 
-// The few colours the counter screen uses.
-enum class Color { White, Gray, Black };
+// The few colours the screens use.
+enum class Color { White, Gray, Black, Clear };
 
 inline const char* colorName(Color c) {
   switch (c) {
     case Color::White: return "white";
     case Color::Gray: return "gray";
     case Color::Black: return "black";
+    case Color::Clear: return "clear";
   }
   return "gray";
 }
@@ -37,5 +38,8 @@ struct Font {
   double size = 0;
   bool operator==(const Font&) const = default;
 };
+
+// The name that asks for the platform's own bold face.
+inline constexpr const char* kBoldSystemFontName = "BoldSystemFont";
 
 }  // namespace zellick

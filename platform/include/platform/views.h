@@ -62,12 +62,18 @@ class Label : public View {
   virtual void setMultipleTouchEnabled(bool enabled) = 0;
 };
 
-// The controller's own view: its bounds and the plain coloured views added to it.
+class NavigationBar;
+class TableView;
+
+// The controller's own view: its bounds, its colour and the views added to it.
 class RootView {
  public:
   virtual ~RootView() = default;
   virtual Rect bounds() const = 0;
+  virtual void setBackgroundColor(Color color) = 0;
   virtual void addColorView(const Rect& frame, Color color) = 0;
+  // Adds a navigation bar over the rest, owned by the view; null where the screen has none.
+  virtual NavigationBar* addNavigationBar(const Rect& frame) = 0;
 };
 
 // A modal question. The presenter shows it; the answer comes back with the button's index.
@@ -99,12 +105,19 @@ class AlertPresenter {
   virtual void show(std::shared_ptr<AlertView> alert, AlertAnswer answer) = 0;
 };
 
-// Presents another screen modally over the current one.
+// Presents another screen modally over the current one, and takes it away. Main thread.
 class ScreenPresenter {
  public:
   virtual ~ScreenPresenter() = default;
+  // Builds the screen of interface file `nibName` with its controller and shows it over the
+  // current one.
   virtual void presentModalViewController(const std::string& nibName) = 0;
+  // Takes the screen presented last away; its controller goes once it is off screen (never
+  // inside this call).
+  virtual void dismissModalViewControllerAnimated(bool animated) = 0;
 };
+
+enum class InterfaceOrientation { Portrait, PortraitUpsideDown, LandscapeLeft, LandscapeRight };
 
 // A screen's controller as its window drives it. Main thread.
 class ViewController {
@@ -133,7 +146,8 @@ struct ControlSpec {
     Button,
     Image,
     Label,
-    Clip,  // a plain frame whose children show only inside it; no view of its own
+    Clip,   // a plain frame whose children show only inside it; no view of its own
+    Table,  // a scrolling list of rows
   };
   std::string name;
   Kind kind = Kind::Image;
@@ -153,6 +167,7 @@ class Screen {
   virtual Button* button(const std::string& name) = 0;
   virtual ImageView* imageView(const std::string& name) = 0;
   virtual Label* label(const std::string& name) = 0;
+  virtual TableView* tableView(const std::string& name) = 0;
   virtual AlertPresenter& alerts() = 0;
 
   // What a button's touches run. A button with a press action runs `release` for every press
@@ -163,6 +178,23 @@ class Screen {
   // Touches that begin on no button go here, with the view they lie on and their tap count.
   using TouchHandler = std::function<void(const View& view, int tapCount)>;
   virtual void setTouchHandlers(TouchHandler began, TouchHandler ended) = 0;
+};
+
+// Where screens shown over the window's own screen come from, and how they come and go. Main
+// thread.
+class ModalScreenHost {
+ public:
+  virtual ~ModalScreenHost() = default;
+  // Builds the screen of interface file `nibName` with `controls`, not yet shown; null, logged,
+  // when it cannot be built.
+  virtual std::unique_ptr<Screen> loadScreen(const std::string& nibName,
+                                             const std::vector<ControlSpec>& controls) = 0;
+  // The logical screen a loaded screen covers.
+  virtual Rect screenBounds() const = 0;
+  virtual void show(Screen& screen, bool animated) = 0;
+  // Takes `screen` away; `gone` runs once it is off screen, later, on the main thread (never
+  // inside this call). The screen must live until then.
+  virtual void hide(Screen& screen, bool animated, std::function<void()> gone) = 0;
 };
 
 }  // namespace zellick

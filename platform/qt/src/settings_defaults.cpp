@@ -203,9 +203,23 @@ DefaultsValue fromVariant(const QVariant& v) {
       for (const QVariant& e : v.toList()) out.push_back(fromVariant(e));
       return out;
     }
+    case QMetaType::QVariantMap: {
+      DefaultsDictionary out;
+      const QVariantMap map = v.toMap();
+      for (auto it = map.cbegin(); it != map.cend(); ++it)
+        out.insert_or_assign(it.key().toStdString(), fromVariant(it.value()));
+      return out;
+    }
+    case QMetaType::QVariantHash: {
+      DefaultsDictionary out;
+      const QVariantHash hash = v.toHash();
+      for (auto it = hash.cbegin(); it != hash.cend(); ++it)
+        out.insert_or_assign(it.key().toStdString(), fromVariant(it.value()));
+      return out;
+    }
     default: break;
   }
-  // Anything else a hand-edited file can hold (sizes, rects, maps): its text, or nothing.
+  // Anything else a hand-edited file can hold (sizes, rects): its text, or nothing.
   return v.canConvert<QString>() ? v.toString().toStdString() : std::string();
 }
 
@@ -223,11 +237,15 @@ QVariant toVariant(const DefaultsValue& v) {
           if (!std::isfinite(x.seconds)) return QVariant(QDateTime());
           return QVariant(
               QDateTime::fromMSecsSinceEpoch(std::llround(x.seconds * 1000.0), Qt::UTC));
-        } else {
+        } else if constexpr (std::is_same_v<T, DefaultsArray>) {
           QVariantList list;
           list.reserve(static_cast<qsizetype>(x.size()));
           for (const DefaultsValue& e : x) list.push_back(toVariant(e));
           return list;
+        } else {
+          QVariantMap map;
+          for (const auto& [k, e] : x) map.insert(QString::fromStdString(k), toVariant(e));
+          return map;
         }
       },
       static_cast<const DefaultsValue::variant&>(v));

@@ -128,6 +128,14 @@ TEST(SettingsDefaults, SavesEveryTypeForAFreshReaderPastDeadLocks) {
       {"None", DefaultsArray{}, DefaultsArray{}},
       {"Dates", DefaultsArray{Date{0.5}, Date{-86400.25}},
        DefaultsArray{Date{0.5}, Date{-86400.25}}},
+      // Inside dictionaries every value keeps its type: digits stay text, integers integers.
+      {"Entries",
+       DefaultsArray{DefaultsDictionary{{"id", 7LL}, {"code", std::string("0042")}},
+                     DefaultsDictionary{{"id", -1LL}, {"code", std::string("")}}},
+       DefaultsArray{DefaultsDictionary{{"id", 7LL}, {"code", std::string("0042")}},
+                     DefaultsDictionary{{"id", -1LL}, {"code", std::string("")}}}},
+      {"Entry", DefaultsArray{DefaultsDictionary{{"n", 2147483647LL}}},
+       DefaultsArray{DefaultsDictionary{{"n", 2147483647LL}}}},
   };
   QTemporaryDir dir;
   RecordingLog log;

@@ -65,6 +65,7 @@ class QtScreen : public QObject, public Screen {
   QtButton* button(const std::string& name) override;
   QtImageView* imageView(const std::string& name) override;
   QtLabel* label(const std::string& name) override;
+  TableView* tableView(const std::string&) override { return nullptr; }
   QtAlertPresenter& alerts() override { return *alerts_; }
   void bindButton(const std::string& name, std::function<void()> press,
                   std::function<void()> release) override;

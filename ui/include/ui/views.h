@@ -138,7 +138,9 @@ class QtRootView : public RootView, public View {
   QtRootView(QQuickItem* root, Log& log);
 
   Rect bounds() const override;
+  void setBackgroundColor(Color color) override;
   void addColorView(const Rect& frame, Color color) override;
+  NavigationBar* addNavigationBar(const Rect& frame) override;
 
   Rect frame() const override { return bounds(); }
   void setFrame(const Rect&) override;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -26,16 +27,20 @@ class RecordingSoundOutput final : public SoundOutput {
   EventRecorder& events_;
 };
 
-// A bundle holding exactly the resources it is given, each as "bundle/NAME.TYPE".
+// A bundle holding exactly the resources it is given, each as "bundle/NAME.TYPE", and the
+// real files it is given under their own paths.
 class FakeBundle final : public Bundle {
  public:
-  // Entries are "NAME.TYPE".
-  explicit FakeBundle(std::set<std::string> resources) : resources_(std::move(resources)) {}
+  // Entries are "NAME.TYPE"; `files` maps such names to files on disk.
+  explicit FakeBundle(std::set<std::string> resources,
+                      std::map<std::string, std::string> files = {})
+      : resources_(std::move(resources)), files_(std::move(files)) {}
   std::optional<std::string> pathForResource(const std::string& name,
                                              const std::string& type) const override;
 
  private:
   std::set<std::string> resources_;
+  std::map<std::string, std::string> files_;
 };
 
 // Log lines as "log TEXT" events.
@@ -55,13 +60,14 @@ class RecordingLog final : public Log {
   std::vector<std::string> lines;
 };
 
-// Records "present NAME" for each screen presented.
+// Records "present NAME" for each screen presented and "dismiss" for each dismissal.
 class RecordingScreenPresenter final : public ScreenPresenter {
  public:
   explicit RecordingScreenPresenter(EventRecorder& events) : events_(events) {}
   void presentModalViewController(const std::string& nibName) override {
     events_.record("present " + nibName);
   }
+  void dismissModalViewControllerAnimated(bool) override { events_.record("dismiss"); }
 
  private:
   EventRecorder& events_;

@@ -10,6 +10,7 @@
 #include "platform/fake/recorder.h"
 #include "platform/fake/services.h"
 #include "platform/geometry.h"
+#include "platform/table.h"
 #include "platform/views.h"
 
 namespace zellick::fake {
@@ -88,6 +89,62 @@ class FakeLabel final : public NamedView<Label> {
   bool multipleTouch_ = false;
 };
 
+// Every row is on screen: a cell is asked of the data source each time one is wanted.
+class FakeTableView final : public NamedView<TableView> {
+ public:
+  FakeTableView(std::string name, Rect frame) : NamedView(std::move(name), frame, 0) {}
+
+  void setDataSource(TableViewDataSource* dataSource) override { dataSource_ = dataSource; }
+  void setDelegate(TableViewDelegate* delegate) override { delegate_ = delegate; }
+  void setTableHeaderView(const TableHeaderView& header) override { header_ = header; }
+  void reloadData() override {}
+  std::optional<TableViewCell> cellForRowAtIndexPath(IndexPath indexPath) const override;
+  std::optional<IndexPath> indexPathForSelectedRow() const override { return selected_; }
+  void deselectRowAtIndexPath(IndexPath indexPath, bool animated) override;
+
+  const TableHeaderView& header() const { return header_; }
+  // Every section's cells, as drawn now; empty without a data source.
+  std::vector<std::vector<TableViewCell>> cells() const;
+  // A tap on a row: false when there is no such row; otherwise it is selected and the delegate
+  // told.
+  bool select(IndexPath indexPath);
+
+ private:
+  bool exists(IndexPath indexPath) const;
+  TableViewDataSource* dataSource_ = nullptr;
+  TableViewDelegate* delegate_ = nullptr;
+  TableHeaderView header_;
+  std::optional<IndexPath> selected_;
+};
+
+class FakeNavigationBar final : public NamedView<NavigationBar> {
+ public:
+  explicit FakeNavigationBar(Rect frame) : NamedView("navigationBar", frame, 0) {}
+
+  void setDelegate(NavigationBarDelegate* delegate) override { delegate_ = delegate; }
+  void setTintColor(Color color) override { tint_ = color; }
+  void setBarStyle(BarStyle style) override { style_ = style; }
+  void setTranslucent(bool translucent) override { translucent_ = translucent; }
+  void pushNavigationItem(const NavigationItem& item, bool) override { items_.push_back(item); }
+  void setLeftBarButtonItemOfTopItem(bool present) override {
+    if (!items_.empty()) items_.back().hasLeftBarButtonItem = present;
+  }
+  const std::vector<NavigationItem>& items() const override { return items_; }
+
+  // The back button's title, when the bar shows one.
+  std::optional<std::string> backTitle() const;
+  // A tap on the back button: false when there is none; the top item is popped only if the
+  // delegate lets it.
+  bool tapBack();
+
+ private:
+  NavigationBarDelegate* delegate_ = nullptr;
+  Color tint_ = Color::Clear;
+  BarStyle style_ = BarStyle::Default;
+  bool translucent_ = false;
+  std::vector<NavigationItem> items_;
+};
+
 // The controller's own view ("view"). Also a View, so that a touch can land on it.
 class FakeRootView final : public RootView, public NamedView<View> {
  public:
@@ -98,11 +155,20 @@ class FakeRootView final : public RootView, public NamedView<View> {
   explicit FakeRootView(Rect bounds) : NamedView("view", bounds, 0) {}
 
   Rect bounds() const override { return frame(); }
+  void setBackgroundColor(Color color) override { background_ = color; }
   void addColorView(const Rect& frame, Color color) override { bands_.push_back({frame, color}); }
+  FakeNavigationBar* addNavigationBar(const Rect& frame) override {
+    bars_.push_back(std::make_unique<FakeNavigationBar>(frame));
+    return bars_.back().get();
+  }
   const std::vector<Band>& bands() const { return bands_; }
+  // The bar added last, or null.
+  FakeNavigationBar* navigationBar() const { return bars_.empty() ? nullptr : bars_.back().get(); }
 
  private:
+  Color background_ = Color::Clear;
   std::vector<Band> bands_;
+  std::vector<std::unique_ptr<FakeNavigationBar>> bars_;
 };
 
 enum class InputResult {
@@ -124,6 +190,7 @@ class FakeScreen final : public Screen {
   FakeButton* button(const std::string& name) override;
   FakeImageView* imageView(const std::string& name) override;
   FakeLabel* label(const std::string& name) override;
+  FakeTableView* tableView(const std::string& name) override;
   FakeAlerts& alerts() override { return alerts_; }
   void bindButton(const std::string& name, std::function<void()> press,
                   std::function<void()> release) override;
@@ -154,6 +221,7 @@ class FakeScreen final : public Screen {
   std::map<std::string, std::unique_ptr<FakeButton>> buttons_;
   std::map<std::string, std::unique_ptr<FakeLabel>> labels_;
   std::map<std::string, std::unique_ptr<FakeImageView>> images_;
+  std::map<std::string, std::unique_ptr<FakeTableView>> tables_;
   std::map<std::string, Binding> bindings_;
   std::set<std::string> pressed_;
   TouchHandler began_;

@@ -20,9 +20,10 @@ namespace zellick::qt {
 // The value as the defaults hand it out, whatever QSettings made of it on disk: integers that
 // come back as text stay text (readers parse it), the text forms of doubles ("3.25") and bools
 // ("true") turn back into them, lists become arrays (so does an invalid value, which is what an
-// empty list reads back as), date-times become Dates. Never fails.
+// empty list reads back as), maps become dictionaries, date-times become Dates. Never fails.
 DefaultsValue fromVariant(const QVariant& v);
-// The form a value is stored in: Dates as UTC QDateTime, arrays as QVariantList.
+// The form a value is stored in: Dates as UTC QDateTime, arrays as QVariantList, dictionaries
+// as QVariantMap (which the file keeps with every value's type, integers and text alike).
 QVariant toVariant(const DefaultsValue& v);
 
 // User defaults in an INI file through QSettings; every method may be called from any thread.
