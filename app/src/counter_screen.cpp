@@ -13,6 +13,7 @@ class LoggingScreenPresenter : public ScreenPresenter {
   void presentModalViewController(const std::string& nibName) override {
     log_.line("\"" + nibName + "\" requested; More screen not available yet");
   }
+  void dismissModalViewControllerAnimated(bool) override {}
 
  private:
   Log& log_;

@@ -48,6 +48,8 @@ Environment Environment::fromProcess() {
   e.adFallbackUrl = qgetenv(kAdFallbackUrlVariable);
   e.vendorIdFile = QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation))
                        .filePath(QStringLiteral("Orvanta/vendor-id"));
+  e.documentsFolder = QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation))
+                          .filePath(QStringLiteral("Documents"));
   return e;
 }
 

@@ -48,6 +48,9 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
                                           qt::readDeviceFacts(environment_.vendorIdFile, log_),
                                           configuration_.makerBaseUrl);
   tracker_->setSwitchedOff(commandLine_.usageRecordsOff);
+  documents_ = std::make_unique<qt::FolderDocuments>(environment_.documentsFolder);
+  apps_ = std::make_unique<orvapps>(
+      orvapps::Services{*http_, *defaults_, *documents_, bundle_, clock_, log_}, configuration_);
   counter_ =
       std::make_unique<CounterScreen>(CounterParts{*defaults_, sound_, bundle_, log_, *tracker_});
 
@@ -67,7 +70,7 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
       *application_, counter_->runLoop(), counter_->notifications(), *defaults_, log_,
       counter_->screen().alerts(), *tracker_, configuration_,
       [&log](const std::string&) { log.line("Ad network connect: not built in; nothing sent"); },
-      nullptr});
+      [this] { apps_->updateApps(); }});
   delegate_->window = &counter_->window();
   delegate_->viewController = &counter_->controller();
   events_->setDelegate(delegate_.get());

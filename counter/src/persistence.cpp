@@ -59,7 +59,11 @@ std::string describe(const DefaultsValue& v) {
   if (auto* b = std::get_if<bool>(&v)) return *b ? "1" : "0";
   if (auto* s = std::get_if<std::string>(&v)) return format("\"%s\"", s->c_str());
   if (auto* t = std::get_if<Date>(&v)) return format("date %.3f", t->seconds);
-  return describe(std::get<DefaultsArray>(v));
+  if (auto* a = std::get_if<DefaultsArray>(&v)) return describe(*a);
+  std::string out = "{";
+  for (const auto& [key, e] : std::get<DefaultsDictionary>(v))
+    out += (out.size() > 1 ? ", " : "") + key + " = " + describe(e);
+  return out + "}";
 }
 
 std::string describe(const std::optional<DefaultsArray>& a) { return a ? describe(*a) : "(null)"; }

@@ -5,6 +5,8 @@ namespace zellick {
 const Configuration& Configuration::shipped() {
   static const Configuration shipped{
       "https://www.orvanta.example/",
+      "498765431",
+      "https://apps.store.example/",
       "https://apps.store.example/ca/app/zellick/id512345678?mt=8",
       "support@orvanta.example",
       "https://social.example/OrvantaApps",

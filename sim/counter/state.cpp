@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <type_traits>
 
+#include "../src/parts.h"
 #include "sim/driver.h"
 #include "sim/json.h"
 
@@ -114,6 +115,7 @@ std::string stateJson(Process& p, double t) {
     bands.push_back(b);
   }
   o["bands"] = bands;
+  o["more"] = moreState(p);
   return o.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
 

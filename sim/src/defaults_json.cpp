@@ -11,7 +11,7 @@ namespace {
 
 using nlohmann::json;
 
-// Deeper arrays than any saved state has; deep enough nesting would exhaust the stack.
+// Deeper nesting than any saved state has; deep enough nesting would exhaust the stack.
 constexpr int kMaxDepth = 64;
 
 json toJsonValue(const DefaultsValue& value) {
@@ -26,6 +26,10 @@ json toJsonValue(const DefaultsValue& value) {
           json out = json::array();
           for (const DefaultsValue& e : v) out.push_back(toJsonValue(e));
           return out;
+        } else if constexpr (std::is_same_v<T, DefaultsDictionary>) {
+          json out = json::object();
+          for (const auto& [key, e] : v) out[key] = toJsonValue(e);
+          return out;
         } else {
           return json(v);
         }
@@ -38,7 +42,7 @@ std::string dump(const json& j) { return j.dump(-1, ' ', false, json::error_hand
 // The value `j` as the defaults hold it; nothing (with `error` set) for what they cannot.
 std::optional<DefaultsValue> fromJson(const json& j, int depth, std::string& error) {
   if (depth > kMaxDepth) {
-    error = "arrays nested too deeply";
+    error = "arrays or objects nested too deeply";
     return std::nullopt;
   }
   switch (j.type()) {
@@ -64,11 +68,18 @@ std::optional<DefaultsValue> fromJson(const json& j, int depth, std::string& err
       }
       return out;
     }
-    case json::value_t::object:
+    case json::value_t::object: {
+      // {"date": seconds} is a date; any other object a dictionary.
       if (j.size() == 1 && j.contains("date") && j["date"].is_number())
         return Date{j["date"].get<double>()};
-      error = "the only object allowed as a value is {\"date\": seconds}";
-      return std::nullopt;
+      DefaultsDictionary out;
+      for (const auto& [key, e] : j.items()) {
+        auto v = fromJson(e, depth + 1, error);
+        if (!v) return std::nullopt;
+        out.insert_or_assign(key, std::move(*v));
+      }
+      return out;
+    }
     case json::value_t::null: error = "null is not a defaults value"; return std::nullopt;
     default: error = "not a defaults value"; return std::nullopt;
   }

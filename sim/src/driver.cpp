@@ -1,6 +1,8 @@
 #include "sim/driver.h"
 #include "sim/json.h"
 
+#include "parts.h"
+
 #include "counter/interface.h"
 
 #include <charconv>
@@ -67,6 +69,7 @@ std::string inputError(InputResult r, const std::string& name, const char* what)
 Driver::Driver(Simulation& sim, std::ostream& out, std::ostream& err)
     : sim_(sim), out_(out), err_(err) {
   defineStandardCommands();
+  defineMoreCommands(*this, sim_, out_);
 }
 
 void Driver::define(const std::string& name, std::string usage, std::size_t argCount,

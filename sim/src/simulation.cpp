@@ -15,11 +15,18 @@ std::set<std::string> counterResources() {
   return files;
 }
 
+std::map<std::string, std::string> bundleFiles(const World& world) {
+  if (world.options().seedList.empty()) return {};
+  return {{std::string(kSeedListName) + "." + kSeedListType, world.options().seedList}};
+}
+
 double screenHeight(const World& world) {
   return std::max(world.options().screenHeight, kMinScreenHeight);
 }
 
 }  // namespace
+
+const char* const SimOptions::kBundledSeedList = ZELLICK_SIM_SEED_LIST;
 
 World::World(SimOptions options)
     : options_(options), clock_(time_, options.epoch), uptime_(time_), events_(time_) {}
@@ -28,13 +35,17 @@ Process::Process(World& world)
     : world_(world),
       runLoop_(world.time()),
       sound_(world.events()),
-      bundle_(counterResources()),
+      bundle_(counterResources(), bundleFiles(world)),
       log_(world.events()),
-      screens_(world.events()),
       http_(runLoop_, world.network(), world.events()),
       tracker_({http_, world.defaults(), log_}, world.options().device,
                world.options().configuration.makerBaseUrl, world.events()),
       application_(world.events()),
+      apps_({http_, world.defaults(), world.documents(), bundle_, world.clock(), log_},
+            world.options().configuration),
+      host_({0, 0, kScreenWidth, screenHeight(world)}, runLoop_, world.events()),
+      mail_(kMailComposerName, world.events()),
+      screens_({host_, &mail_, application_, tracker_, apps_, log_, world.options().configuration}),
       events_(notifications_),
       screen_({0, 0, kScreenWidth, screenHeight(world)}, counterInterface(screenHeight(world)),
               world.events()) {
@@ -48,9 +59,10 @@ Process::Process(World& world)
       application_, runLoop_, notifications_, world.defaults(), log_, screen_.alerts(), tracker_,
       world.options().configuration,
       [&log](const std::string&) { log.line("Ad network connect: not built in; nothing sent"); },
-      nullptr});
+      [this] { apps_.updateApps(); }});
   delegate_->window = &window_;
   delegate_->viewController = controller_.get();
+  mail_.setAvailable(world.mailAvailable);
   events_.setDelegate(delegate_.get());
   delegate_->applicationDidFinishLaunchingWithOptions();
   events_.didBecomeActive();

@@ -25,6 +25,9 @@ struct Environment {
   // ZELLICK_MAKER_URL, ZELLICK_AD_PRIMARY_URL, ZELLICK_AD_FALLBACK_URL: the servers' addresses
   // in place of the shipped ones (empty: the shipped one).
   QByteArray makerUrl, adPrimaryUrl, adFallbackUrl;
+  // The app's documents (the catalogue's icons): "Documents" in the user's data folder for the
+  // app.
+  QString documentsFolder;
   // Where the maker's apps on this machine share their vendor identifier: "Orvanta/vendor-id"
   // in the user's configuration folder.
   QString vendorIdFile;

@@ -12,11 +12,13 @@
 #include "platform/qt/application.h"
 #include "platform/qt/bundle.h"
 #include "platform/qt/deferred_sound.h"
+#include "platform/qt/documents.h"
 #include "platform/qt/http.h"
 #include "platform/qt/instance_lock.h"
 #include "platform/qt/lifecycle.h"
 #include "platform/qt/log.h"
 #include "platform/qt/settings_defaults.h"
+#include "services/apps.h"
 #include "services/configuration.h"
 #include "services/tracker.h"
 #include "ui/font_setup.h"
@@ -71,6 +73,10 @@ class ZellickApp {
   // Its replies use only the log; going, it drops what is in flight and waits for no server.
   std::unique_ptr<qt::QtHttpClient> http_;
   std::unique_ptr<orvtracker> tracker_;
+  qt::QtClock clock_;
+  std::unique_ptr<qt::FolderDocuments> documents_;
+  // Goes before the client: replies that come later find it gone.
+  std::unique_ptr<orvapps> apps_;
   std::unique_ptr<CounterScreen> counter_;
   std::unique_ptr<qt::QtApplication> application_;
   std::unique_ptr<LifecycleEvents> events_;

@@ -11,6 +11,8 @@ namespace zellick {
 // server addresses may be overridden from the environment (the variables named here).
 struct Configuration {
   std::string makerBaseUrl;       // the maker's web server: catalogue feed, icons, usage records
+  std::string catalogueExclude;   // the store id the catalogue feed leaves out ("exc")
+  std::string storeWebHost;       // the store's web server, ending in "/"
   std::string storePageUrl;       // this app's page in the store
   std::string supportEmail;       // where feedback goes
   std::string facebookPageUrl;    // the maker's page

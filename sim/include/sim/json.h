@@ -11,7 +11,8 @@ namespace zellick::sim {
 
 // User defaults as the scenario driver reads and prints them: one JSON object of key to
 // value. Integers are JSON integers, doubles always carry a fraction or an exponent (3.0),
-// strings, true/false, arrays, and a Date is {"date": seconds}. Keys come out sorted.
+// strings, true/false, arrays, a Date is {"date": seconds} and any other object a dictionary.
+// Keys come out sorted.
 std::string toJson(const DefaultsValue& value);
 std::string toJson(const std::map<std::string, DefaultsValue>& values);
 

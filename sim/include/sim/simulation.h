@@ -7,8 +7,10 @@
 
 #include "app/ZellickAppDelegate.h"
 #include "counter/ZellickViewController.h"
+#include "more/moreView.h"
 #include "platform/application.h"
 #include "platform/fake/application.h"
+#include "platform/fake/documents.h"
 #include "platform/fake/http.h"
 #include "platform/fake/memory_defaults.h"
 #include "platform/fake/recorder.h"
@@ -16,6 +18,7 @@
 #include "platform/fake/time.h"
 #include "platform/fake/views.h"
 #include "platform/notifications.h"
+#include "services/apps.h"
 #include "services/configuration.h"
 #include "services/tracker.h"
 
@@ -30,6 +33,10 @@ struct SimOptions {
   DeviceFacts device{"Zellick Sim", "Simulated PC", "Debian GNU/Linux", "12",
                      "5A1C0E2B-7F3D-4E8A-9B6C-0D1E2F3A4B5C"};
   Configuration configuration = Configuration::shipped();
+  // The bundled seed list of the maker's other apps; empty: the bundle has none.
+  std::string seedList = kBundledSeedList;
+  // The seed list the build made, beside the sim.
+  static const char* const kBundledSeedList;
 };
 
 // The real tracker, each record also shown as a "track TAG" event.
@@ -64,6 +71,10 @@ class World {
   UserDefaults& defaults() { return defaults_ ? *defaults_ : store_; }
   // How the simulated network answers; it outlives processes.
   fake::HttpRules& network() { return network_; }
+  // The app's documents folder (the catalogue's icons).
+  fake::MemoryDocuments& documents() { return documents_; }
+  // Whether the machine has a mail composer to offer.
+  bool mailAvailable = false;
   // Puts another store (e.g. a fault-injecting wrapper of store()) in front; null removes it.
   // It must outlive every process started afterwards.
   void useDefaults(UserDefaults* defaults) { defaults_ = defaults; }
@@ -76,6 +87,7 @@ class World {
   fake::EventRecorder events_;
   fake::MemoryDefaults store_;
   fake::HttpRules network_;
+  fake::MemoryDocuments documents_;
   UserDefaults* defaults_ = nullptr;
 };
 
@@ -103,11 +115,26 @@ class Process {
   fake::FakeLabel* label(const std::string& name) { return screen_.label(name); }
   fake::FakeImageView* imageView(const std::string& name) { return screen_.imageView(name); }
 
-  InputResult press(const std::string& name) { return screen_.press(name); }
-  InputResult release(const std::string& name) { return screen_.release(name); }
-  InputResult tap(const std::string& name) { return screen_.tap(name); }
-  InputResult touch(const std::string& name, int tapCount) { return screen_.touch(name, tapCount); }
+  // Input to the counter's screen; refused while another screen covers it.
+  InputResult press(const std::string& name) {
+    return unlessCovered(name, [&] { return screen_.press(name); });
+  }
+  InputResult release(const std::string& name) {
+    return unlessCovered(name, [&] { return screen_.release(name); });
+  }
+  InputResult tap(const std::string& name) {
+    return unlessCovered(name, [&] { return screen_.tap(name); });
+  }
+  InputResult touch(const std::string& name, int tapCount) {
+    return unlessCovered(name, [&] { return screen_.touch(name, tapCount); });
+  }
   std::optional<std::string> answer(int index) { return alerts().answer(index); }
+
+  // The More screen and its controller while it is on show; null otherwise.
+  fake::FakeScreen* moreScreen() { return host_.front(); }
+  moreView* more() { return screens_.controller(); }
+  fake::FakeMailComposer& mail() { return mail_; }
+  orvapps& apps() { return apps_; }
   void resign() { events_.willResignActive(); }
   void activate() { events_.didBecomeActive(); }
   // To the background (resigning first) and back (becoming active after).
@@ -121,16 +148,26 @@ class Process {
   }
 
  private:
+  // Input to the counter's view `name`: it goes nowhere while another screen covers it.
+  template <class Input>
+  InputResult unlessCovered(const std::string& name, Input input) {
+    if (!host_.front()) return input();
+    return screen_.view(name) ? InputResult::Ignored : InputResult::Unknown;
+  }
+
   World& world_;
   fake::VirtualRunLoop runLoop_;
   NotificationCenter notifications_;
   fake::RecordingSoundOutput sound_;
   fake::FakeBundle bundle_;
   fake::EventLog log_;
-  fake::RecordingScreenPresenter screens_;
   fake::FakeHttpClient http_;
   RecordingTracker tracker_;
   fake::FakeApplication application_;
+  orvapps apps_;
+  fake::FakeScreenHost host_;
+  fake::FakeMailComposer mail_;
+  MoreScreenPresenter screens_;
   fake::FakeWindow window_;
   LifecycleEvents events_;
   fake::FakeScreen screen_;
