@@ -5,6 +5,10 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 
+#include <algorithm>
+#include <string>
+#include <utility>
+
 #include "services/configuration.h"
 
 namespace zellick {
@@ -70,6 +74,47 @@ Environment Environment::fromProcess() {
   e.vendorIdFile = QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation))
                        .filePath(QStringLiteral("Orvanta/vendor-id"));
   return e;
+}
+
+QString Environment::help() {
+  const std::pair<const char*, std::string> rows[] = {
+      {kSettingsVariable, "The settings file (default: ~/.config/Zellick/Zellick/defaults.ini)."},
+      {kArtworkCacheVariable,
+       "Where rendered artwork is kept between starts; \"off\" keeps none (default: "
+       "~/.cache/Zellick/Zellick/artwork)."},
+      {kBundleVariable, "A folder searched first for the bundle (sounds, shipped artwork)."},
+      {kNoAudioVariable, "Set to anything: never open an audio device."},
+      {kAudioModuleVariable,
+       "The audio module to load (default: " ZELLICK_AUDIO_MODULE_FILE
+       " next to the executable, else in its " ZELLICK_INSTALLED_MODULE_DIR ")."},
+      {kMakerUrlVariable,
+       "The maker's web server for usage records, a base URL ending in \"/\" "
+       "(default: " +
+           Configuration::shipped().makerBaseUrl + ")."},
+      {kAdPrimaryUrlVariable,
+       "The ad network's first web-service host, a base URL ending in \"/\"."},
+      {kAdFallbackUrlVariable,
+       "The ad network's second web-service host, a base URL ending in \"/\"."},
+  };
+  // Laid out as Qt lays out the options: names in a column, the text wrapped beside them.
+  constexpr int kLineWidth = 79;
+  int nameWidth = 0;
+  for (const auto& row : rows) nameWidth = std::max(nameWidth, int(qstrlen(row.first)));
+  const int indent = 2 + nameWidth + 2;
+  QString text = QStringLiteral("Environment:\n");
+  for (const auto& [name, effect] : rows) {
+    QString line = QStringLiteral("  %1  ").arg(QLatin1String(name), -nameWidth);
+    for (const QString& word : QString::fromStdString(effect).split(QLatin1Char(' '))) {
+      if (line.size() > indent && line.size() + 1 + word.size() > kLineWidth) {
+        text += line + QLatin1Char('\n');
+        line = QString(indent, QLatin1Char(' '));
+      }
+      if (line.size() > indent) line += QLatin1Char(' ');
+      line += word;
+    }
+    text += line + QLatin1Char('\n');
+  }
+  return text;
 }
 
 }  // namespace zellick

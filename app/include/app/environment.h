@@ -33,6 +33,8 @@ struct Environment {
 
   // Read from the process; needs the QCoreApplication for the app's folders.
   static Environment fromProcess();
+  // The variables read, with what each does, as the lines --help ends with.
+  static QString help();
 };
 
 }  // namespace zellick
