@@ -12,6 +12,17 @@ Item {
     // Set once the first frame is out: the pressed picture is no part of it.
     property bool loadPressedPicture: false
 
+    // For screen readers; a press through them goes to the screen, which taps the button.
+    property string accessibleName
+    property bool accessibleChecked: false
+    property bool accessibleCheckable: false
+    signal accessiblePressed()
+    Accessible.role: Accessible.Button
+    Accessible.name: accessibleName
+    Accessible.checkable: accessibleCheckable
+    Accessible.checked: accessibleChecked
+    Accessible.onPressAction: accessiblePressed()
+
     readonly property bool pressedShown: highlighted && pressed.item !== null
                                          && pressed.item.status === Image.Ready
 

@@ -7,4 +7,8 @@ GlyphLabel {
     font.family: "Roboto Condensed"
     font.bold: true
     font.pixelSize: 17
+
+    property string accessibleName
+    Accessible.role: Accessible.StaticText
+    Accessible.name: accessibleName + " " + text
 }

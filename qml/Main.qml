@@ -47,6 +47,14 @@ Window {
             objectName: "WheelWindow"
             clip: true
 
+            // The count as one text; it holds the focus, so a screen reader speaks each change.
+            property string accessibleName
+            property string accessibleText
+            focus: true
+            Accessible.role: Accessible.StaticText
+            Accessible.focusable: true
+            Accessible.name: accessibleName + " " + accessibleText
+
             Wheel { objectName: "ImageView1"; renderScale: screen.renderScale }
             Wheel { objectName: "ImageView2"; renderScale: screen.renderScale }
             Wheel { objectName: "ImageView3"; renderScale: screen.renderScale }

@@ -37,6 +37,9 @@ Item {
             Rectangle {
                 id: panel
                 objectName: "QuestionPanel"
+                Accessible.role: Accessible.AlertMessage
+                Accessible.name: question.title
+                Accessible.description: question.message
                 width: 272
                 height: 18 + titleText.height + 10 + messageText.height + 16 + 40 + 18
                 radius: 10
@@ -87,6 +90,9 @@ Item {
                             readonly property int count: Math.max(1, question.buttons.length)
                             objectName: "QuestionButton" + index
                             property string label: modelData
+                            Accessible.role: Accessible.Button
+                            Accessible.name: label
+                            Accessible.onPressAction: question.answered(index)
                             width: (buttonRow.width - 10 * (count - 1)) / count
                             height: 40
                             x: index * (width + 10)

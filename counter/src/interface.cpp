@@ -16,8 +16,22 @@ constexpr double kWheelWidth = 46;
 
 ControlSpec control(const char* name, Kind kind, double w, double h, std::string image = {},
                     std::string highlighted = {}, int tag = 0) {
-  return ControlSpec{name, kind, {0, 0, w, h}, std::move(image), std::move(highlighted), tag};
+  return ControlSpec{name, kind, {0, 0, w, h}, std::move(image), std::move(highlighted), tag, {}};
 }
+
+// What a screen reader calls each control it reads.
+constexpr std::pair<const char*, const char*> kAccessibleNames[] = {
+    {"ButtonAdd", "Count up"}, {"ButtonMinus", "Count down"}, {"ButtonReset", "Reset"},
+    {"ButtonA", "Memory A"},   {"ButtonB", "Memory B"},       {"ButtonC", "Memory C"},
+    {"ButtonInfo", "More"},    {"LabelTimer", "Clock"},       {"LabelAvg", "Rate"},
+    {kWheelWindow, "Count"},
+};
+
+// The memories' buttons by memory number, 1 to 3.
+constexpr const char* kMemoryButtons[] = {"ButtonA", "ButtonB", "ButtonC"};
+
+// The count as the wheels show it, without the leading zeros a reader would spell out.
+std::string shownCount(int32_t total) { return std::to_string((total % 10000 + 10000) % 10000); }
 
 }  // namespace
 
@@ -44,6 +58,8 @@ std::vector<ControlSpec> counterInterface(double screenHeight) {
       control("LabelAvg", Kind::Label, 74, 24, {}, {}, kLabelAvgTag),
   };
   for (ControlSpec& c : out) {
+    for (const auto& [name, spoken] : kAccessibleNames)
+      if (c.name == name) c.accessibleName = spoken;
     if (c.name == "baseImageView") c.frame = body;
     // The window the wheels show through lies where they show their top "0".
     if (c.name == kWheelWindow) c.frame.y = ZellickViewController::wheelsHomeY(body.y, body.h);
@@ -78,6 +94,24 @@ bool isComplete(const CounterViews& v) {
   return std::all_of(std::begin(all), std::end(all), [](const void* p) { return p != nullptr; });
 }
 
+std::vector<KeyBinding> counterKeys() {
+  std::vector<KeyBinding> keys;
+  for (const char* key : {"Space", "Return", "Up", "Plus", "VolumeUp"})
+    keys.push_back({key, "ButtonAdd"});
+  for (const char* key : {"Down", "Minus", "Backspace", "VolumeDown"})
+    keys.push_back({key, "ButtonMinus"});
+  keys.push_back({"A", "ButtonA"});
+  keys.push_back({"B", "ButtonB"});
+  keys.push_back({"C", "ButtonC"});
+  keys.push_back({"R", "ButtonReset"});
+  keys.push_back({"I", "ButtonInfo"});
+  keys.push_back({"F1", "ButtonInfo"});
+  keys.push_back({"T", "LabelTimer", 1});
+  keys.push_back({"Shift+T", "LabelTimer", 2});
+  keys.push_back({"U", "LabelAvg", 1});
+  return keys;
+}
+
 void bindCounter(Screen& s, ZellickViewController& c) {
   s.bindButton(
       "ButtonAdd", [&c] { c.Add(); }, [&c] { c.PlayLetUpSound(); });
@@ -95,6 +129,14 @@ void bindCounter(Screen& s, ZellickViewController& c) {
       [&c](const View& view, int taps) {
         c.touchesEnded({Touch{&view, taps}});
       });
+  s.setKeyBindings(counterKeys());
+  // A screen reader hears the count and the memory in use whenever the wheels change.
+  c.onShow = [&s, &c] {
+    s.setAccessibleText(kWheelWindow, shownCount(c.total));
+    for (int id = 1; id <= 3; ++id)
+      s.setAccessibleChecked(kMemoryButtons[id - 1], c.buttonId == id);
+  };
+  c.onShow();
 }
 
 }  // namespace zellick

@@ -59,6 +59,7 @@ void ZellickViewController::Show() {
     }
   }
   IsMinusClicked = false;
+  if (onShow) onShow();
 }
 
 void ZellickViewController::followUp(int index) {

@@ -115,6 +115,7 @@ std::string stateJson(Process& p, double t) {
     bands.push_back(b);
   }
   o["bands"] = bands;
+  o["accessible"] = {{"text", screen.accessibleText()}, {"checked", screen.accessibleChecked()}};
   o["more"] = moreState(p);
   return o.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }

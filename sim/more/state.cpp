@@ -26,7 +26,9 @@ ordered_json moreState(Process& p) {
   ordered_json composer = nullptr;
   if (const auto& m = p.mail().onScreen())
     composer = {{"to", m->toRecipients}, {"subject", m->subject}};
-  return {{"sections", sections}, {"icons", icons}, {"composer", composer}};
+  ordered_json current = nullptr;
+  if (const auto& row = screen->currentRow()) current = {row->section, row->row};
+  return {{"sections", sections}, {"icons", icons}, {"current", current}, {"composer", composer}};
 }
 
 void defineMoreCommands(Driver& driver, Simulation& sim, std::ostream& out) {

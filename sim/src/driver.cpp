@@ -102,6 +102,19 @@ void Driver::defineStandardCommands() {
     if (!count || *count < 0) return "'" + a[1] + "' is not a tap count (0 or more)";
     return inputError(sim_.process().touch(a[0], *count), a[0], "view");
   });
+  const auto keyError = [](InputResult r, const std::string& key) -> std::string {
+    if (r == InputResult::Unknown) return "no key named '" + key + "'";
+    return {};
+  };
+  define("keydown", "keydown KEY", 1,
+         [this, keyError](const Args& a) { return keyError(sim_.process().keyDown(a[0]), a[0]); });
+  define("keyup", "keyup KEY", 1,
+         [this, keyError](const Args& a) { return keyError(sim_.process().keyUp(a[0]), a[0]); });
+  define("key", "key KEY", 1, [this, keyError](const Args& a) {
+    std::string e = keyError(sim_.process().keyDown(a[0]), a[0]);
+    if (e.empty()) sim_.process().keyUp(a[0]);
+    return e;
+  });
   define("answer", "answer INDEX", 1, [this](const Args& a) -> std::string {
     auto index = parseInt(a[0]);
     if (!index) return "'" + a[0] + "' is not a button index";

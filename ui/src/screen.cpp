@@ -122,12 +122,17 @@ bool QtScreen::bind(const std::vector<ControlSpec>& controls) {
     }
     // Sized before any picture is asked for, so artwork is rendered once, at its size.
     placeInRoot(item, root_, c.frame);
+    if (!c.accessibleName.empty())
+      item->setProperty("accessibleName", QString::fromStdString(c.accessibleName));
     switch (c.kind) {
       case ControlSpec::Kind::Button: {
         auto& b = buttons_[c.name] = std::make_unique<QtButton>(item, root_, c.tag, log_);
         b->setName(c.name);
         b->setHighlightedImage(c.highlightedImage);
         b->setImage(c.image);
+        // A screen reader's press is a tap.
+        if (item->metaObject()->indexOfSignal("accessiblePressed()") >= 0)
+          connect(item, SIGNAL(accessiblePressed()), this, SLOT(onAccessiblePress()));
         break;
       }
       case ControlSpec::Kind::Image: {
@@ -142,7 +147,7 @@ bool QtScreen::bind(const std::vector<ControlSpec>& controls) {
         l->setName(c.name);
         break;
       }
-      case ControlSpec::Kind::Clip:
+      case ControlSpec::Kind::Clip: clips_[c.name] = item; break;
       case ControlSpec::Kind::Table: break;
     }
   }
@@ -172,6 +177,108 @@ void QtScreen::bindButton(const std::string& name, std::function<void()> press,
 void QtScreen::setTouchHandlers(TouchHandler began, TouchHandler ended) {
   began_ = std::move(began);
   ended_ = std::move(ended);
+}
+
+QQuickItem* QtScreen::controlItem(const std::string& name) const {
+  if (auto it = buttons_.find(name); it != buttons_.end()) return it->second->item();
+  if (auto it = labels_.find(name); it != labels_.end()) return it->second->item();
+  if (auto it = images_.find(name); it != images_.end()) return it->second->item();
+  if (auto it = clips_.find(name); it != clips_.end()) return it->second;
+  return nullptr;
+}
+
+void QtScreen::setAccessibleText(const std::string& name, const std::string& text) {
+  if (QQuickItem* item = controlItem(name))
+    item->setProperty("accessibleText", QString::fromStdString(text));
+}
+
+void QtScreen::setAccessibleChecked(const std::string& name, bool checked) {
+  if (QQuickItem* item = controlItem(name)) {
+    item->setProperty("accessibleCheckable", true);
+    item->setProperty("accessibleChecked", checked);
+  }
+}
+
+void QtScreen::onAccessiblePress() {
+  const std::string name = sender() ? sender()->objectName().toStdString() : std::string();
+  auto it = buttons_.find(name);
+  if (it == buttons_.end() || tracking_ || questionShown()) return;
+  QtButton* b = it->second.get();
+  if (!b->userInteractionEnabled()) return;
+  auto binding = bindings_.find(name);
+  if (binding == bindings_.end()) return;
+  if (binding->second.press) binding->second.press();
+  if (binding->second.release) binding->second.release();
+}
+
+namespace {
+
+// The name a key event goes by among the screen's key names; empty for any other key.
+std::string keyName(const QKeyEvent& e) {
+  static const std::pair<int, const char*> named[] = {
+      {Qt::Key_Space, "Space"},         {Qt::Key_Return, "Return"},
+      {Qt::Key_Enter, "Return"},        {Qt::Key_Escape, "Escape"},
+      {Qt::Key_Backspace, "Backspace"}, {Qt::Key_Up, "Up"},
+      {Qt::Key_Down, "Down"},           {Qt::Key_Plus, "Plus"},
+      {Qt::Key_Minus, "Minus"},         {Qt::Key_F1, "F1"},
+      {Qt::Key_VolumeUp, "VolumeUp"},   {Qt::Key_VolumeDown, "VolumeDown"}};
+  for (const auto& [key, name] : named)
+    if (e.key() == key) return name;
+  if (e.key() >= Qt::Key_A && e.key() <= Qt::Key_Z) {
+    const std::string letter(1, static_cast<char>('A' + (e.key() - Qt::Key_A)));
+    return (e.modifiers() & Qt::ShiftModifier ? "Shift+" : "") + letter;
+  }
+  return {};
+}
+
+}  // namespace
+
+bool QtScreen::key(const QKeyEvent& e) {
+  const std::string name = keyName(e);
+  if (name.empty()) return false;
+  const bool down = e.type() == QEvent::KeyPress;
+  if (e.isAutoRepeat()) return true;  // a key held down is one press
+  if (!down) {
+    // A held button is released whatever came up meanwhile, as a finger's would be.
+    auto held = heldKeys_.find(name);
+    if (held == heldKeys_.end()) return questionShown();
+    QtButton* b = held->second;
+    heldKeys_.erase(held);
+    b->setHighlighted(false);
+    auto binding = bindings_.find(b->name());
+    if (binding != bindings_.end() && binding->second.release) binding->second.release();
+    return true;
+  }
+  if (questionShown()) {
+    if (const AlertView* question = alerts_->current())
+      if (auto index = questionButtonForKey(*question, name)) alerts_->answer(*index);
+    return true;
+  }
+  for (const KeyBinding& k : keys_) {
+    if (k.key != name) continue;
+    if (k.tapCount > 0) {
+      const View* view = nullptr;
+      if (auto it = labels_.find(k.control); it != labels_.end()) view = it->second.get();
+      if (auto it = images_.find(k.control); it != images_.end()) view = it->second.get();
+      if (view && !tracking_) {
+        if (began_) began_(*view, k.tapCount);
+        if (ended_) ended_(*view, k.tapCount);
+      }
+      return true;
+    }
+    auto it = buttons_.find(k.control);
+    // Refused where a finger would be: a locked button, or one a finger already holds.
+    if (it == buttons_.end() || !it->second->userInteractionEnabled() || tracking_) return true;
+    for (const auto& [other, button] : heldKeys_)
+      if (button == it->second.get()) return true;
+    QtButton* b = it->second.get();
+    heldKeys_[name] = b;
+    b->setHighlighted(true);
+    auto binding = bindings_.find(b->name());
+    if (binding != bindings_.end() && binding->second.press) binding->second.press();
+    return true;
+  }
+  return false;
 }
 
 QPointF QtScreen::toScreen(QPointF windowPos) const {
@@ -311,6 +418,8 @@ bool QtScreen::eventFilter(QObject* watched, QEvent* event) {
       event->accept();
       return true;
     }
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease: return key(*static_cast<QKeyEvent*>(event));
     default: return QObject::eventFilter(watched, event);
   }
 }

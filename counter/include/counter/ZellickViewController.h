@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -254,6 +255,9 @@ class ZellickViewController : public ViewController {
 
   // Where the wheels show their top "0", for a counter body at `top` that is `height` tall.
   static double wheelsHomeY(double top, double height) { return height / 2.43 + top; }
+
+  // Run after the wheels are sent to show a new count or memory (e.g. to tell a screen reader).
+  std::function<void()> onShow;
 
  private:
   // The fields of one memory; all null for a memory number outside 1..3.

@@ -40,9 +40,12 @@ CounterViews counterViews(Screen& screen);
 // Every view of `views` is there.
 bool isComplete(const CounterViews& views);
 
-// Connects the screen's buttons and touches to the controller's actions. Counting buttons act
+// The keys that stand in for the counter's touches.
+std::vector<KeyBinding> counterKeys();
+
+// Connects the screen's buttons, touches and keys to the controller's actions. Counting buttons act
 // on touch down and must see their release for every press that ends; the others act on a
-// release inside the button.
+// release inside the button. The screen's reader is kept told of the count and the memory in use.
 void bindCounter(Screen& screen, ZellickViewController& controller);
 
 }  // namespace zellick

@@ -2,6 +2,8 @@
 
 #include "platform/fake/numbers.h"
 
+#include <algorithm>
+
 namespace zellick::fake {
 
 bool FakeTableView::exists(IndexPath p) const {
@@ -158,6 +160,61 @@ InputResult FakeScreen::touch(const std::string& name, int tapCount) {
   if (began_) began_(*v, tapCount);
   if (ended_) ended_(*v, tapCount);
   return InputResult::Done;
+}
+
+InputResult FakeScreen::keyDown(const std::string& key) {
+  if (!isKeyName(key)) return InputResult::Unknown;
+  if (const AlertView* question = alerts_.onScreen()) {
+    auto index = questionButtonForKey(*question, key);
+    if (!index) return InputResult::Ignored;
+    alerts_.answer(*index);
+    return InputResult::Done;
+  }
+  if (held_.count(key)) return InputResult::Ignored;  // the key repeats while held
+  if (!tables_.empty()) return tableKey(*tables_.begin()->second, key);
+  for (const KeyBinding& k : keys_) {
+    if (k.key != key) continue;
+    if (k.tapCount > 0) return touch(k.control, k.tapCount);
+    const InputResult r = press(k.control);
+    if (r == InputResult::Done) held_[key] = k.control;
+    return r;
+  }
+  return InputResult::Ignored;
+}
+
+InputResult FakeScreen::tableKey(FakeTableView& table, const std::string& key) {
+  if (key == "Escape") {
+    FakeNavigationBar* bar = root_.navigationBar();
+    return bar && bar->tapBack() ? InputResult::Done : InputResult::Ignored;
+  }
+  if (key == "Return") {
+    return current_ && table.select(*current_) ? InputResult::Done : InputResult::Ignored;
+  }
+  if (key != "Up" && key != "Down") return InputResult::Ignored;
+  std::vector<IndexPath> rows;
+  const auto cells = table.cells();
+  for (std::size_t s = 0; s < cells.size(); ++s)
+    for (std::size_t r = 0; r < cells[s].size(); ++r)
+      rows.push_back({static_cast<int>(s), static_cast<int>(r)});
+  if (rows.empty()) return InputResult::Ignored;
+  auto at = current_ ? std::find(rows.begin(), rows.end(), *current_) : rows.end();
+  if (at == rows.end()) {
+    current_ = key == "Down" ? rows.front() : rows.back();
+  } else if (key == "Down" && at + 1 != rows.end()) {
+    current_ = *(at + 1);
+  } else if (key == "Up" && at != rows.begin()) {
+    current_ = *(at - 1);
+  }
+  return InputResult::Done;
+}
+
+InputResult FakeScreen::keyUp(const std::string& key) {
+  if (!isKeyName(key)) return InputResult::Unknown;
+  auto it = held_.find(key);
+  if (it == held_.end()) return InputResult::Ignored;
+  const std::string control = it->second;
+  held_.erase(it);
+  return release(control);
 }
 
 }  // namespace zellick::fake

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -97,6 +98,10 @@ class AlertView {
 
 using AlertAnswer = std::function<void(AlertView&, int buttonIndex)>;
 
+// The button of `alert` that key `key` answers with: a letter the first button whose title
+// begins with it, Return the first button, Escape the last; nothing for any other key.
+std::optional<int> questionButtonForKey(const AlertView& alert, const std::string& key);
+
 class AlertPresenter {
  public:
   virtual ~AlertPresenter() = default;
@@ -155,6 +160,22 @@ struct ControlSpec {
   std::string image;             // buttons and images: the picture for the normal state
   std::string highlightedImage;  // buttons: the picture while a finger is down, if any
   int tag = 0;                   // touches are routed by it; 0 is untagged
+  // What a screen reader calls it; empty: it is not announced. Buttons are read as buttons,
+  // labels and clips as text (a clip's text comes from Screen::setAccessibleText).
+  std::string accessibleName;
+};
+
+// Key names a screen knows: these, the letters "A".."Z", and each of them with "Shift+" before
+// it for the key with Shift held.
+inline constexpr const char* kNamedKeys[] = {"Space", "Return",   "Escape",    "Backspace",
+                                             "Up",    "Down",     "Plus",      "Minus",
+                                             "F1",    "VolumeUp", "VolumeDown"};
+bool isKeyName(const std::string& key);
+
+struct KeyBinding {
+  std::string key;
+  std::string control;  // a button, pressed while the key is down; or a view, touched
+  int tapCount = 0;     // for a view: the tap count of the touch its key-down makes
 };
 
 // A screen built from an interface file and a table of its controls. Views are owned by the
@@ -178,6 +199,15 @@ class Screen {
   // Touches that begin on no button go here, with the view they lie on and their tap count.
   using TouchHandler = std::function<void(const View& view, int tapCount)>;
   virtual void setTouchHandlers(TouchHandler began, TouchHandler ended) = 0;
+
+  // Keys that act as touches: a key-down presses its button as a finger would (and is refused
+  // where a finger would be), its key-up releases it; a key held down is one press. A key on a
+  // view makes one touch on key-down. While a question is shown, keys answer it instead
+  // (questionButtonForKey).
+  virtual void setKeyBindings(std::vector<KeyBinding> keys) = 0;
+  // What a screen reader reads for control `name`, and whether it reads as selected.
+  virtual void setAccessibleText(const std::string& name, const std::string& text) = 0;
+  virtual void setAccessibleChecked(const std::string& name, bool checked) = 0;
 };
 
 // Where screens shown over the window's own screen come from, and how they come and go. Main

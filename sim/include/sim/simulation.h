@@ -129,6 +129,13 @@ class Process {
     return unlessCovered(name, [&] { return screen_.touch(name, tapCount); });
   }
   std::optional<std::string> answer(int index) { return alerts().answer(index); }
+  // Keys go to the screen in front: the More screen while it is on show, else the counter's.
+  InputResult keyDown(const std::string& key) {
+    return host_.front() ? host_.front()->keyDown(key) : screen_.keyDown(key);
+  }
+  InputResult keyUp(const std::string& key) {
+    return host_.front() ? host_.front()->keyUp(key) : screen_.keyUp(key);
+  }
 
   // The More screen and its controller while it is on show; null otherwise.
   fake::FakeScreen* moreScreen() { return host_.front(); }

@@ -64,9 +64,9 @@ TEST(FakeScreen, InputGoesWhereAFingerWould) {
   EventRecorder events(time);
   using Kind = ControlSpec::Kind;
   FakeScreen screen({0, 0, 320, 480},
-                    {{"Add", Kind::Button, {10, 10, 50, 50}, "add.png", {}, 0},
-                     {"Clock", Kind::Label, {0, 0, 80, 20}, {}, {}, 7},
-                     {"Band", Kind::Clip, {0, 0, 320, 101}, {}, {}, 0}},
+                    {{"Add", Kind::Button, {10, 10, 50, 50}, "add.png", {}, 0, "Count up"},
+                     {"Clock", Kind::Label, {0, 0, 80, 20}, {}, {}, 7, {}},
+                     {"Band", Kind::Clip, {0, 0, 320, 101}, {}, {}, 0, {}}},
                     events);
   std::vector<std::string> calls;
   screen.bindButton(
@@ -94,13 +94,37 @@ TEST(FakeScreen, InputGoesWhereAFingerWould) {
   add.setUserInteractionEnabled(true);
   EXPECT_EQ(screen.touch("Clock", 2), InputResult::Done);
   EXPECT_EQ(screen.touch("view", 1), InputResult::Done);
-  screen.alerts().show(std::make_shared<AlertView>("Q", "m", std::vector<std::string>{"OK"}),
-                       nullptr);
+  // Keys stand in for fingers: a held key is one press, a locked button refuses its key too.
+  screen.setKeyBindings({{"Space", "Add"}, {"Shift+T", "Clock", 2}});
+  EXPECT_EQ(screen.keyDown("Space"), InputResult::Done);
+  EXPECT_EQ(screen.keyDown("Space"), InputResult::Ignored);
+  EXPECT_EQ(screen.keyUp("Space"), InputResult::Done);
+  EXPECT_EQ(screen.keyDown("Shift+T"), InputResult::Done);
+  EXPECT_EQ(screen.keyDown("T"), InputResult::Ignored);
+  EXPECT_EQ(screen.keyDown("Hyper"), InputResult::Unknown);
+  add.setUserInteractionEnabled(false);
+  EXPECT_EQ(screen.keyDown("Space"), InputResult::Ignored);
+  add.setUserInteractionEnabled(true);
+  int answered = -1;
+  const auto ask = [&] {
+    screen.alerts().show(
+        std::make_shared<AlertView>("Q", "m", std::vector<std::string>{"Yes", "No"}),
+        [&](AlertView&, int i) { answered = i; });
+  };
+  ask();
   EXPECT_EQ(screen.tap("Add"), InputResult::Ignored);  // questions are modal
   EXPECT_EQ(screen.touch("Clock", 1), InputResult::Ignored);
   EXPECT_EQ(screen.tap("Nothing"), InputResult::Unknown);
-  EXPECT_THAT(calls, ElementsAre("press", "release", "began Clock 2", "ended Clock 2",
-                                 "began view 1", "ended view 1"));
+  for (const auto& [key, index] :
+       std::vector<std::pair<std::string, int>>{{"N", 1}, {"Y", 0}, {"Return", 0}, {"Escape", 1}}) {
+    EXPECT_EQ(screen.keyDown("Space"), InputResult::Ignored) << "keys answer the question";
+    EXPECT_EQ(screen.keyDown(key), InputResult::Done) << key;
+    EXPECT_EQ(answered, index) << key;
+    ask();
+  }
+  EXPECT_THAT(calls,
+              ElementsAre("press", "release", "began Clock 2", "ended Clock 2", "began view 1",
+                          "ended view 1", "press", "release", "began Clock 2", "ended Clock 2"));
 }
 
 TEST(FakeBundle, HoldsExactlyWhatItIsGiven) {

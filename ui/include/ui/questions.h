@@ -31,6 +31,8 @@ class QtAlertPresenter : public QObject, public AlertPresenter {
 
   // The question on screen, or null.
   const AlertView* current() const { return current_.first.get(); }
+  // Answers the question on screen with button `index`, as a click on it would.
+  void answer(int index) { onAnswered(index); }
   std::size_t waiting() const { return queue_.size(); }
 
  private slots:

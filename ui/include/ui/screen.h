@@ -21,6 +21,7 @@
 #include "ui/tap_counter.h"
 #include "ui/views.h"
 
+class QKeyEvent;
 class QQmlEngine;
 
 namespace zellick::ui {
@@ -70,6 +71,9 @@ class QtScreen : public QObject, public Screen {
   void bindButton(const std::string& name, std::function<void()> press,
                   std::function<void()> release) override;
   void setTouchHandlers(TouchHandler began, TouchHandler ended) override;
+  void setKeyBindings(std::vector<KeyBinding> keys) override { keys_ = std::move(keys); }
+  void setAccessibleText(const std::string& name, const std::string& text) override;
+  void setAccessibleChecked(const std::string& name, bool checked) override;
 
   // The question overlay, built on the first call; null (logged) when it cannot be built.
   QQuickItem* questionOverlay();
@@ -82,6 +86,9 @@ class QtScreen : public QObject, public Screen {
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
 
+ private slots:
+  void onAccessiblePress();
+
  private:
   struct Binding {
     std::function<void()> press;
@@ -89,6 +96,10 @@ class QtScreen : public QObject, public Screen {
   };
   enum class Phase { Begin, Move, End, Cancel };
   void touch(Phase phase, QPointF windowPos, long long timeMs);
+  // A key event; true when the screen took it.
+  bool key(const QKeyEvent& event);
+  // The item of control `name`, whatever its kind; null when there is none.
+  QQuickItem* controlItem(const std::string& name) const;
   const View* hitTest(QPointF p, QtButton** button) const;
   bool questionShown() const;
 
@@ -112,6 +123,9 @@ class QtScreen : public QObject, public Screen {
   TouchHandler began_;
   TouchHandler ended_;
   TapCounter taps_;
+  std::vector<KeyBinding> keys_;
+  std::map<std::string, QtButton*> heldKeys_;          // key down -> the button it pressed
+  std::map<std::string, QPointer<QQuickItem>> clips_;  // items of clip controls, by name
 
   // The touch in progress: on a button, or on another view with its tap count.
   bool tracking_ = false;

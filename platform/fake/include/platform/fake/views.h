@@ -195,6 +195,17 @@ class FakeScreen final : public Screen {
   void bindButton(const std::string& name, std::function<void()> press,
                   std::function<void()> release) override;
   void setTouchHandlers(TouchHandler began, TouchHandler ended) override;
+  void setKeyBindings(std::vector<KeyBinding> keys) override { keys_ = std::move(keys); }
+  void setAccessibleText(const std::string& name, const std::string& text) override {
+    accessibleText_[name] = text;
+  }
+  void setAccessibleChecked(const std::string& name, bool checked) override {
+    accessibleChecked_[name] = checked;
+  }
+  const std::map<std::string, std::string>& accessibleText() const { return accessibleText_; }
+  const std::map<std::string, bool>& accessibleChecked() const { return accessibleChecked_; }
+  // The table row the keys are on, if any.
+  const std::optional<IndexPath>& currentRow() const { return current_; }
 
   // Any view by name ("view" for the root); null when there is none.
   View* view(const std::string& name);
@@ -210,12 +221,19 @@ class FakeScreen final : public Screen {
   // A touch that begins and ends on any view, with the platform's tap count; refused while a
   // question is in front.
   InputResult touch(const std::string& name, int tapCount);
+  // A key goes down or comes up, as Screen::setKeyBindings() describes; Unknown for a name that
+  // is no key, Ignored for a key that does nothing now (no binding, a repeat of a key held
+  // down, refused input). On a screen with a table, Up and Down move the current row through
+  // every row, Return taps it, and Escape taps the navigation bar's back button.
+  InputResult keyDown(const std::string& key);
+  InputResult keyUp(const std::string& key);
 
  private:
   struct Binding {
     std::function<void()> press;
     std::function<void()> release;
   };
+  InputResult tableKey(FakeTableView& table, const std::string& key);
   FakeRootView root_;
   FakeAlerts alerts_;
   std::map<std::string, std::unique_ptr<FakeButton>> buttons_;
@@ -226,6 +244,11 @@ class FakeScreen final : public Screen {
   std::set<std::string> pressed_;
   TouchHandler began_;
   TouchHandler ended_;
+  std::vector<KeyBinding> keys_;
+  std::map<std::string, std::string> held_;  // key down -> the button it pressed
+  std::optional<IndexPath> current_;         // the table's row the keys are on
+  std::map<std::string, std::string> accessibleText_;
+  std::map<std::string, bool> accessibleChecked_;
 };
 
 }  // namespace zellick::fake
