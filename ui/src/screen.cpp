@@ -31,15 +31,6 @@ bool shownOnScreen(const QQuickItem* item) {
   return item != nullptr;
 }
 
-// The item named `name` in `from`'s visual tree, `from` included.
-QQuickItem* findItem(QQuickItem* from, const QString& name) {
-  if (!from) return nullptr;
-  if (from->objectName() == name) return from;
-  for (QQuickItem* child : from->childItems())
-    if (QQuickItem* found = findItem(child, name)) return found;
-  return nullptr;
-}
-
 }  // namespace
 
 QStringList registerBundledFonts(Log& log) {
@@ -61,9 +52,7 @@ QtScreen::~QtScreen() {
   if (window_) window_->removeEventFilter(this);
   // Views and the presenter go before the items they point at.
   alerts_.reset();
-  buttons_.clear();
-  images_.clear();
-  labels_.clear();
+  controls_.clear();
   rootView_.reset();
   screen_.reset();
   engine_.reset();
@@ -111,61 +100,13 @@ bool QtScreen::load(const QUrl& url, const QVariantMap& windowProperties) {
 Rect QtScreen::bounds() const { return rootView_ ? rootView_->bounds() : Rect{}; }
 
 bool QtScreen::bind(const std::vector<ControlSpec>& controls) {
-  if (!root_) return false;
-  bool complete = true;
-  for (const ControlSpec& c : controls) {
-    QQuickItem* item = findItem(root_, QString::fromStdString(c.name));
-    if (!item) {
-      log_.line("the screen has no item " + c.name);
-      complete = false;
-      continue;
-    }
-    // Sized before any picture is asked for, so artwork is rendered once, at its size.
-    placeInRoot(item, root_, c.frame);
-    switch (c.kind) {
-      case ControlSpec::Kind::Button: {
-        auto& b = buttons_[c.name] = std::make_unique<QtButton>(item, root_, c.tag, log_);
-        b->setName(c.name);
-        b->setHighlightedImage(c.highlightedImage);
-        b->setImage(c.image);
-        break;
-      }
-      case ControlSpec::Kind::Image: {
-        auto& i = images_[c.name] = std::make_unique<QtImageView>(item, root_, c.tag, log_);
-        i->setName(c.name);
-        i->setImage(c.image);
-        break;
-      }
-      case ControlSpec::Kind::Label: {
-        auto& l = labels_[c.name] =
-            std::make_unique<QtLabel>(item, root_, c.tag, fontAliases_, log_);
-        l->setName(c.name);
-        break;
-      }
-      case ControlSpec::Kind::Clip:
-      case ControlSpec::Kind::Table: break;
-    }
-  }
-  return complete;
+  return root_ && controls_.bind(root_, controls);
 }
-
-template <class Map>
-static auto* find(const Map& map, const std::string& name, Log& log, const char* what) {
-  auto it = map.find(name);
-  if (it != map.end()) return it->second.get();
-  log.line(std::string("the screen has no ") + what + " " + name);
-  return static_cast<decltype(it->second.get())>(nullptr);
-}
-
-QtButton* QtScreen::button(const std::string& name) { return find(buttons_, name, log_, "button"); }
-QtImageView* QtScreen::imageView(const std::string& name) {
-  return find(images_, name, log_, "image view");
-}
-QtLabel* QtScreen::label(const std::string& name) { return find(labels_, name, log_, "label"); }
 
 void QtScreen::bindButton(const std::string& name, std::function<void()> press,
                           std::function<void()> release) {
-  if (!buttons_.count(name)) log_.line("binding for missing button " + name + " ignored");
+  if (!controls_.buttons().count(name))
+    log_.line("binding for missing button " + name + " ignored");
   bindings_[name] = Binding{std::move(press), std::move(release)};
 }
 
@@ -199,16 +140,16 @@ const View* QtScreen::hitTest(QPointF p, QtButton** button) const {
   *button = nullptr;
   // Topmost first: labels lie above the controls, the controls above the body and wheels.
   // A view that ignores touches lets them through to what lies beneath.
-  for (const auto& [name, label] : labels_)
+  for (const auto& [name, label] : controls_.labels())
     if (label->userInteractionEnabled() && shownOnScreen(label->item()) &&
         contains(label->frame(), p))
       return label.get();
-  for (const auto& [name, b] : buttons_)
+  for (const auto& [name, b] : controls_.buttons())
     if (b->userInteractionEnabled() && shownOnScreen(b->item()) && contains(b->frame(), p)) {
       *button = b.get();
       return b.get();
     }
-  for (const auto& [name, image] : images_)
+  for (const auto& [name, image] : controls_.images())
     if (image->userInteractionEnabled() && shownOnScreen(image->item()) &&
         contains(image->frame(), p))
       return image.get();
@@ -269,10 +210,10 @@ bool QtScreen::eventFilter(QObject* watched, QEvent* event) {
       auto* e = static_cast<QMouseEvent*>(event);
       // Touches come as touch events; their mouse echo would count twice.
       if (e->device() && e->device()->type() == QInputDevice::DeviceType::TouchScreen) return true;
-      if (event->type() == QEvent::MouseButtonDblClick) return !questionShown() || tracking_;
+      if (event->type() == QEvent::MouseButtonDblClick) return !touchesGoAbove() || tracking_;
       if (event->type() == QEvent::MouseButtonPress) {
         if (e->button() != Qt::LeftButton || tracking_) return tracking_;
-        if (questionShown()) return false;  // the question takes it
+        if (touchesGoAbove()) return false;  // the question or the screen above takes it
         touch(Phase::Begin, e->scenePosition(), static_cast<long long>(e->timestamp()));
         return true;
       }
@@ -293,7 +234,7 @@ bool QtScreen::eventFilter(QObject* watched, QEvent* event) {
         touchPointId_ = -1;
         return true;
       }
-      if (!tracking_ && questionShown()) return false;
+      if (!tracking_ && touchesGoAbove()) return false;
       // One finger at a time: the first one down is followed, later ones are ignored.
       for (const QEventPoint& point : e->points()) {
         if (point.state() == QEventPoint::Pressed && !tracking_) {
