@@ -6,28 +6,21 @@ namespace zellick {
 
 namespace {
 
-// There is no other screen yet: a request to present one is logged.
-class LoggingScreenPresenter : public ScreenPresenter {
- public:
-  explicit LoggingScreenPresenter(Log& log) : log_(log) {}
-  void presentModalViewController(const std::string& nibName) override {
-    log_.line("\"" + nibName + "\" requested; More screen not available yet");
-  }
-  void dismissModalViewControllerAnimated(bool) override {}
-
- private:
-  Log& log_;
-};
+QUrl interfaceFile(const std::string& nibName) {
+  if (nibName == kMoreNibName) return QUrl(QStringLiteral("qrc:/qml/MoreScreen.qml"));
+  return {};
+}
 
 }  // namespace
 
-CounterScreen::CounterScreen(CounterParts parts)
-    : parts_(parts), screens_(std::make_unique<LoggingScreenPresenter>(parts.log)) {}
+CounterScreen::CounterScreen(CounterParts parts) : parts_(parts) {}
 
 CounterScreen::~CounterScreen() {
-  // The controller holds views owned by the screen.
+  // The controller holds views owned by the screen; the More screen lies in it.
   window_.reset();
   controller_.reset();
+  more_.reset();
+  host_.reset();
   screen_.reset();
 }
 
@@ -48,9 +41,14 @@ bool CounterScreen::load(const CounterScreenOptions& options, const QUrl& url) {
     parts_.log.line("the counter screen is incomplete; not starting");
     return false;
   }
+  host_ = std::make_unique<ui::QtScreenHost>(*screen_, interfaceFile, parts_.log);
+  host_->setBeforeLoad(options.beforeQuestion);
+  more_ = std::make_unique<MoreScreenPresenter>(
+      MoreScreenPresenter::Services{*host_, nullptr, parts_.application, parts_.tracker,
+                                    parts_.apps, parts_.log, parts_.configuration});
   controller_ = std::make_unique<ZellickViewController>(
       CounterServices{runLoop_, clock_, uptime_, notifications_, parts_.defaults, parts_.sound,
-                      parts_.bundle, parts_.log, screen_->alerts(), *screens_, parts_.tracker},
+                      parts_.bundle, parts_.log, screen_->alerts(), *more_, parts_.tracker},
       views);
   bindCounter(*screen_, *controller_);
   window_ = std::make_unique<ui::ScreenWindow>(*screen_);

@@ -54,8 +54,9 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
   documents_ = std::make_unique<qt::FolderDocuments>(environment_.documentsFolder);
   apps_ = std::make_unique<orvapps>(
       orvapps::Services{*http_, *defaults_, *documents_, bundle_, clock_, log_}, configuration_);
-  counter_ =
-      std::make_unique<CounterScreen>(CounterParts{*defaults_, sound_, bundle_, log_, *tracker_});
+  application_ = std::make_unique<qt::QtApplication>(log_);
+  counter_ = std::make_unique<CounterScreen>(CounterParts{
+      *defaults_, sound_, bundle_, log_, *tracker_, *application_, *apps_, configuration_});
 
   CounterScreenOptions options;
   options.artworkCacheDir = environment_.artworkCacheDir;
@@ -66,7 +67,6 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
   options.windowProperties = windowProperties;
   if (!counter_->load(options)) return Launch::Failed;
 
-  application_ = std::make_unique<qt::QtApplication>(log_);
   events_ = std::make_unique<LifecycleEvents>(counter_->notifications());
   Log& log = log_;
   delegate_ = std::make_unique<ZellickAppDelegate>(AppDelegateServices{
@@ -89,6 +89,7 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
     application_->connectToSession();
     sound_.load();
     lifecycle_->watchTheTime();
+    counter_->screenHost().prepare(kMoreNibName);
   });
   fontSetup_.startAfterFirstFrame(window());
   return Launch::Shown;

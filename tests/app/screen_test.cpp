@@ -1,11 +1,15 @@
 // The real screen, offscreen, with the real controller and the real Qt views on the recording
 // services: touches go through the window as the system would send them.
+#include <QBuffer>
 #include <QColor>
 #include <QCoreApplication>
 #include <QFont>
+#include <QImage>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
@@ -18,11 +22,15 @@
 #include "app/counter_screen.h"
 #include "counter/interface.h"
 #include "counter/sounds.h"
+#include "platform/fake/application.h"
 #include "platform/fake/http.h"
 #include "platform/fake/memory_defaults.h"
 #include "platform/fake/services.h"
+#include "platform/qt/documents.h"
+#include "services/apps.h"
 #include "sim/simulation.h"
 #include "support/qt.h"
+#include "ui/table.h"
 
 namespace zellick::test {
 namespace {
@@ -44,7 +52,8 @@ class RealScreen : public testing::Test {
     // Memory A was left at 1234: becoming active once the screen is built puts it on the wheels.
     defaults.setObject("Counters", DefaultsArray{1234LL, 0LL, 0LL});
     ui::registerBundledFonts(log);
-    app = std::make_unique<CounterScreen>(CounterParts{defaults, sound, bundle, log, tracker});
+    app = std::make_unique<CounterScreen>(
+        CounterParts{defaults, sound, bundle, log, tracker, application, apps, configuration});
     CounterScreenOptions options;
     options.windowProperties = QVariantMap{{"width", 360}, {"height", 640}};
     ASSERT_TRUE(app->load(options));
@@ -102,6 +111,12 @@ class RealScreen : public testing::Test {
   HttpRules rules;
   FakeHttpClient http{network, rules, events};
   sim::RecordingTracker tracker{{http, defaults, log}, {}, "http://127.0.0.1:9/", events};
+  FakeApplication application{events};
+  WallClock wall{time, 1800000000};
+  QTemporaryDir folder;
+  qt::FolderDocuments documents{folder.path()};
+  const Configuration& configuration = Configuration::shipped();
+  orvapps apps{{http, defaults, documents, bundle, wall, log}, configuration};
   SteppedAnimationDriver driver;
   std::unique_ptr<CounterScreen> app;
   QQuickWindow* window = nullptr;
@@ -233,6 +248,181 @@ TEST_F(RealScreen, DoubleTapOnTheClockAsksAndYesResetsIt) {
 
   QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonAdd));
   EXPECT_EQ(c->total, 1235) << "touches reach the screen again";
+}
+
+void findAll(QQuickItem* from, const QString& name, std::vector<QQuickItem*>& found) {
+  if (from->objectName() == name) found.push_back(from);
+  for (QQuickItem* child : from->childItems()) findAll(child, name, found);
+}
+
+// One row of the More screen's list as drawn: its text, where it lies in the table, its pictures.
+struct DrawnRow {
+  QString text;
+  double y;
+  QQuickItem* body;
+  QQuickItem* picture;
+  QQuickItem* icon;
+};
+
+std::vector<DrawnRow> drawnRows(QQuickItem* table) {
+  std::vector<DrawnRow> rows;
+  QQuickItem* list = find(table, "TableList");
+  auto* content = list->property("contentItem").value<QQuickItem*>();
+  for (QQuickItem* entry : content->childItems()) {
+    if (entry->objectName() != "TableRow" || !entry->isVisible()) continue;
+    rows.push_back({find(entry, "CellText")->property("text").toString(),
+                    entry->mapToItem(table, QPointF(0, 0)).y(), entry->childItems().front(),
+                    find(entry, "CellPicture"), find(entry, "CellIcon")});
+  }
+  std::sort(rows.begin(), rows.end(), [](auto& a, auto& b) { return a.y < b.y; });
+  return rows;
+}
+
+// Info brings the More screen over the counter: its rows are made only as they come into view,
+// pictures and an icon file shown, the list scrolls by drag and wheel, a tap opens the row's
+// link and its highlight fades, and Back slides the screen away and gives the counter back its
+// touches.
+TEST_F(RealScreen, InfoOpensTheMoreScreenAndBackTakesItAway) {
+  constexpr int kApps = 2000;
+  const auto appleid = [](int i) { return std::to_string(600000000 + i); };
+  DefaultsArray list;
+  for (int i = 0; i < kApps; ++i) {
+    DefaultsDictionary entry;
+    entry[kAppIdKey] = static_cast<long long>(i);
+    entry[kAppNameKey] = "App " + std::to_string(i);
+    entry[kAppleIdKey] = appleid(i);
+    entry[kPriorityKey] = static_cast<long long>(i);
+    list.emplace_back(std::move(entry));
+  }
+  defaults.setObject(kMoreAppsKey, list);
+  QImage red(114, 114, QImage::Format_RGB32);
+  red.fill(Qt::red);
+  QByteArray png;
+  QBuffer buffer(&png);
+  buffer.open(QIODevice::WriteOnly);
+  ASSERT_TRUE(red.save(&buffer, "PNG"));
+  ASSERT_TRUE(documents.writeAtomically(orvapps::iconFileName(appleid(1)), png.toStdString()).ok());
+
+  QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonInfo));
+  EXPECT_TRUE(saw("track Info"));
+  ASSERT_NE(app->more().screen(), nullptr);
+  auto* table = dynamic_cast<ui::QtTableView*>(app->more().screen()->tableView("pTblView"));
+  ASSERT_NE(table, nullptr);
+  QQuickItem* tableItem = table->item();
+  QPointer<QQuickItem> overlay = app->screenHost().shown().at(0)->item();
+  ASSERT_TRUE(waitFor([&] { return !drawnRows(tableItem).empty(); }));
+
+  std::vector<DrawnRow> rows = drawnRows(tableItem);
+  ASSERT_GE(rows.size(), 8u);
+  EXPECT_LE(rows.size(), 13u) << "only the rows in view are made";
+  const double ys[] = {50, 94, 138, 222, 266};
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(rows[i].text, kFeedbackRows[i].text);
+    EXPECT_EQ(rows[i].picture->property("status").toInt(), 1 /* Ready */) << rows[i].text.data();
+  }
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(rows[i].y, ys[i]) << i;
+  EXPECT_EQ(rows[3].text, "App 0");
+  EXPECT_EQ(rows[4].text, "App 1");
+  EXPECT_EQ(rows[3].icon->property("source").toUrl(), QUrl()) << "App 0 has no icon file";
+  EXPECT_EQ(rows[4].icon->property("source").toUrl(),
+            QUrl::fromLocalFile(
+                QString::fromStdString(*documents.pathForFile(orvapps::iconFileName(appleid(1))))));
+  QQuickItem* icon = rows[4].icon;
+  EXPECT_TRUE(waitFor([&] { return icon->property("status").toInt() == 1; }));
+  EXPECT_EQ(table->cellForRowAtIndexPath({kAppsSection, 1})->text, "App 1");
+  EXPECT_FALSE(table->cellForRowAtIndexPath({kAppsSection, 100})) << "not made";
+
+  // The second header label lies below the header, in the gap before the apps: drawn there.
+  std::vector<QQuickItem*> labels;
+  findAll(tableItem, "HeaderLabel", labels);
+  ASSERT_EQ(labels.size(), 2u);
+  QQuickItem* label = labels[1];
+  ASSERT_EQ(label->property("text").toString(), "Other Orvanta Apps");
+  const QImage shot = window->grabWindow();
+  const QRectF text = label->mapRectToScene(
+      QRectF(0, label->height() / 2 - 6, label->property("contentWidth").toReal(), 12));
+  int white = 0;
+  for (int x = int(text.left()); x < int(text.right()); ++x)
+    for (int y = int(text.top()); y < int(text.bottom()); ++y)
+      white += QColor(shot.pixel(x, y)).lightness() > 230;
+  EXPECT_GT(white, 40);
+
+  const int before = c->total;
+  QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonAdd));
+  EXPECT_EQ(c->total, before) << "the counter beneath takes no touches";
+
+  // A tap on a feedback row opens its link; the highlight fades as the row is deselected.
+  events.takeNew();
+  rows = drawnRows(tableItem);
+  QQuickItem* highlight = find(rows[0].body, "SelectedHighlight");
+  QTest::mouseClick(window, Qt::LeftButton, {},
+                    rows[0].body->mapToScene(QPointF(100, 22)).toPoint());
+  EXPECT_TRUE(saw("open mailto:support@orvanta.example?subject=Zellick%20Comments"));
+  EXPECT_FALSE(table->indexPathForSelectedRow());
+  for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();
+  driver.step(150);
+  EXPECT_GT(highlight->opacity(), 0.1);
+  EXPECT_LT(highlight->opacity(), 0.9);
+  driver.step(300);
+  EXPECT_EQ(highlight->opacity(), 0.0);
+
+  // A drag, then the wheel, scroll the list; rows out of view go, those coming in are made.
+  QQuickItem* listView = find(tableItem, "TableList");
+  // Until every animation is over: the stepped clock then starts afresh with the next one.
+  const auto settle = [&] {
+    for (int i = 0; i < 200 && (i < 3 || driver.isRunning()); ++i) {
+      QCoreApplication::processEvents();
+      driver.step(50);
+    }
+  };
+  const auto at = [&](double y) { return app->screen().toWindow(QPointF(160, y)).toPoint(); };
+  QTest::mousePress(window, Qt::LeftButton, {}, at(450));
+  for (int y = 440; y >= 150; y -= 10) QTest::mouseMove(window, at(y), 16);
+  QTest::mouseRelease(window, Qt::LeftButton, {}, at(150), 16);
+  settle();
+  const double dragged = listView->property("contentY").toReal();
+  EXPECT_GT(dragged, 200);
+  QWheelEvent wheel(QPointF(at(300)), QPointF(at(300)), {}, QPoint(0, -360), Qt::NoButton, {},
+                    Qt::NoScrollPhase, false);
+  wheel.setTimestamp(1000000000);  // later than the drag: the list works out a speed
+  QCoreApplication::sendEvent(window, &wheel);
+  settle();
+  EXPECT_GT(listView->property("contentY").toReal(), dragged + 100);
+  QCoreApplication::processEvents();
+  rows = drawnRows(tableItem);
+  ASSERT_FALSE(rows.empty());
+  EXPECT_FALSE(table->cellForRowAtIndexPath({kFeedbackSection, 0})) << "scrolled away";
+  EXPECT_LE(rows.size(), 14u);
+
+  // A tap on an app's row sends its record and opens its store page.
+  const DrawnRow& target = rows[rows.size() / 2];
+  const std::string id = appleid(target.text.mid(4).toInt());
+  events.takeNew();
+  QTest::mouseClick(window, Qt::LeftButton, {},
+                    target.body->mapToScene(QPointF(100, 22)).toPoint());
+  const auto recent = events.takeNew();
+  const auto happened = [&](const std::string& what) {
+    return std::any_of(recent.begin(), recent.end(),
+                       [&](const std::string& e) { return e.ends_with(" " + what); });
+  };
+  EXPECT_TRUE(happened("track " + id));
+  EXPECT_TRUE(happened("open " + apps.getAppURL(id)));
+
+  // Back: the screen slides away, then goes, and the counter takes touches again.
+  QQuickItem* back = find(overlay, "BackButton");
+  ASSERT_TRUE(back && back->isVisible());
+  QTest::mouseClick(window, Qt::LeftButton, {},
+                    back->mapToScene(QPointF(back->width() / 2, back->height() / 2)).toPoint());
+  EXPECT_EQ(app->more().screen(), nullptr);
+  EXPECT_TRUE(app->screenHost().shown().empty());
+  for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();
+  driver.step(150);
+  EXPECT_GT(overlay->y(), 0) << "sliding down";
+  EXPECT_TRUE(overlay->isVisible());
+  driver.step(300);
+  EXPECT_TRUE(waitFor([&] { return overlay.isNull(); }));
+  QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonAdd));
+  EXPECT_EQ(c->total, before + 1);
 }
 
 }  // namespace

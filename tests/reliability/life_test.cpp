@@ -16,10 +16,17 @@
 //   zellick_life_test exit --app APP
 //     200 records in flight to a server that never answers when the window closes: the app is
 //     gone within 1 s, the count saved.
+//   zellick_life_test more --app APP
+//     The stand-in on loopback serves a catalogue of 5 apps: their icons land in the documents
+//     folder as ID@2x.png (114 x 114 PNGs), and the More screen, opened with Info, shows each
+//     app with its icon.
 // APP is zellick_reliability_app. Exit status 0 when every check held.
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QRegularExpression>
+#include <QSize>
 #include <QThread>
 
 #include <signal.h>
@@ -29,6 +36,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <random>
 #include <sstream>
 
@@ -315,6 +323,55 @@ int exitWithRecordsInFlight(const Options& o) {
   return ok ? 0 : 1;
 }
 
+// The size a PNG file's header gives, or nothing for a file that is no PNG.
+std::optional<QSize> pngSize(const QString& path) {
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+  const QByteArray head = file.read(24);
+  if (head.size() < 24 || !head.startsWith("\x89PNG\r\n\x1a\n") || head.mid(12, 4) != "IHDR")
+    return std::nullopt;
+  const auto word = [&](int at) {
+    return static_cast<int>(
+        static_cast<quint8>(head[at]) << 24 | static_cast<quint8>(head[at + 1]) << 16 |
+        static_cast<quint8>(head[at + 2]) << 8 | static_cast<quint8>(head[at + 3]));
+  };
+  return QSize(word(16), word(20));
+}
+
+int more(const Options& o) {
+  constexpr int kApps = 5;
+  QTemporaryDir dir;
+  std::ostringstream quiet;
+  standin::ServicesOptions options;
+  options.apps = kApps;
+  standin::ServicesServer server(options, nullptr, &quiet);
+  if (!server.start().ok()) return 1;
+  QProcessEnvironment env = appEnvironment(dir, dir.filePath("defaults.ini"));
+  env.insert("XDG_DATA_HOME", dir.filePath("data"));
+  env.insert("ZELLICK_MAKER_URL", QString::fromStdString(server.baseUrl()));
+  App app(o, env, "--open-more", dir.filePath("app.log"), {QString::number(kApps)});
+  bool ok = app.waitFor("more shown", 30000);
+  app.process.waitForFinished(10000);
+
+  const QDir documents(dir.filePath("data/Zellick/Zellick/Documents"));
+  int icons = 0;
+  for (const QString& name : documents.entryList(QDir::Files)) {
+    const bool good = QRegularExpression("^[0-9]+@2x\\.png$").match(name).hasMatch() &&
+                      pngSize(documents.filePath(name)) == QSize(114, 114);
+    if (!good) std::fprintf(stderr, "more: %s is no icon\n", qPrintable(name));
+    icons += good;
+  }
+  int shown = 0;
+  for (int i = 1; i <= kApps; ++i)
+    shown += app.out.contains(QString("row Zellick Sample App %1: icon\n").arg(i).toUtf8());
+  ok = ok && icons == kApps && shown == kApps;
+  std::printf(
+      "more: %d of %d icons in the documents folder, %d of %d apps shown with theirs (%s)\n", icons,
+      kApps, shown, kApps, ok ? "ok" : "failed");
+  if (!ok) std::fprintf(stderr, "the app printed:\n%s", app.out.constData());
+  return ok ? 0 : 1;
+}
+
 }  // namespace
 }  // namespace zellick::test
 
@@ -337,7 +394,7 @@ int main(int argc, char** argv) {
   }
   const QString what = args.value(1);
   if (o.app.isEmpty()) {
-    std::fprintf(stderr, "usage: %s crash|clock|instance|records|exit --app APP [options]\n",
+    std::fprintf(stderr, "usage: %s crash|clock|instance|records|exit|more --app APP [options]\n",
                  argv[0]);
     return 2;
   }
@@ -346,6 +403,7 @@ int main(int argc, char** argv) {
   if (what == "instance") return instance(o);
   if (what == "records") return records(o);
   if (what == "exit") return exitWithRecordsInFlight(o);
+  if (what == "more") return more(o);
   std::fprintf(stderr, "unknown harness '%s'\n", qPrintable(what));
   return 2;
 }

@@ -10,8 +10,14 @@
 //                      threads T, memory KB" (frame intervals meanwhile, peak threads and resident
 //                      memory) and quit
 //   --press-then-close N   click Add N times at once, print "closing at MS" and close the window
+//   --open-more N      once the catalogue holds N entries and N icon files are in the documents
+//                      folder, click Info; once the More screen's icons are read, print
+//                      "row TEXT: icon" (or ": no icon") for each row on show, then "more shown"
+//                      and quit
 // Any mode may be followed by --no-usage-records, as the app's own switch.
+#include <QDir>
 #include <QGuiApplication>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
 #include <QTimer>
@@ -24,6 +30,7 @@
 #include <random>
 
 #include "app/zellick_app.h"
+#include "services/apps.h"
 #include "ui/first_frame.h"
 
 namespace {
@@ -154,6 +161,54 @@ void runClock(ZellickApp& app) {
   });
 }
 
+void findRows(QQuickItem* item, std::vector<QQuickItem*>& rows) {
+  if (item->objectName() == "TableRow" && item->isVisible()) rows.push_back(item);
+  for (QQuickItem* child : item->childItems()) findRows(child, rows);
+}
+
+QQuickItem* findChild(QQuickItem* item, const char* name) {
+  if (item->objectName() == name) return item;
+  for (QQuickItem* child : item->childItems())
+    if (QQuickItem* found = findChild(child, name)) return found;
+  return nullptr;
+}
+
+void openMore(ZellickApp& app, long long entries) {
+  const QDir documents(zellick::Environment::fromProcess().documentsFolder);
+  auto clicked = std::make_shared<bool>(false);
+  every(50, [&app, entries, documents, clicked] {
+    if (!*clicked) {
+      const auto list = app.settings().arrayForKey(zellick::kMoreAppsKey);
+      if (!list || static_cast<long long>(list->size()) != entries ||
+          documents.entryList({"*@2x.png"}, QDir::Files).size() != entries)
+        return true;
+      QTest::mouseClick(app.window(), Qt::LeftButton, {},
+                        centreOf(app, *app.controller().ButtonInfo));
+      *clicked = true;
+      return true;
+    }
+    std::vector<QQuickItem*> rows;
+    findRows(app.window()->contentItem(), rows);
+    // Icon files are read off the main thread: wait until none is loading.
+    for (QQuickItem* row : rows)
+      if (findChild(row, "CellIcon")->property("status").toInt() == 2 /* Loading */) return true;
+    if (rows.empty()) return true;
+    std::sort(rows.begin(), rows.end(), [](QQuickItem* a, QQuickItem* b) {
+      return a->mapToScene({0, 0}).y() < b->mapToScene({0, 0}).y();
+    });
+    for (QQuickItem* row : rows) {
+      const bool icon = findChild(row, "CellIcon")->property("status").toInt() == 1 /* Ready */;
+      std::printf("row %s: %s\n",
+                  qPrintable(findChild(row, "CellText")->property("text").toString()),
+                  icon ? "icon" : "no icon");
+    }
+    std::printf("more shown\n");
+    std::fflush(stdout);
+    QCoreApplication::quit();
+    return false;
+  });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -172,13 +227,14 @@ int main(int argc, char** argv) {
       (mode == "--stress-loop" && args.size() == 3 && ok && n >= 0) ||
       (mode == "--press" && args.size() == 4 && ok && okToo && n > 0 && seconds > 0) ||
       (mode == "--press-then-close" && args.size() == 3 && ok && n >= 0) ||
+      (mode == "--open-more" && args.size() == 3 && ok && n > 0) ||
       (args.size() == 2 &&
        (mode == "--first-frame" || mode == "--press-randomly" || mode == "--run-clock"));
   if (!known) {
     std::fprintf(stderr,
                  "usage: zellick_reliability_app --stress-loop N | --first-frame | "
-                 "--press-randomly | --run-clock | --press N SECONDS | --press-then-close N "
-                 "[--no-usage-records]\n");
+                 "--press-randomly | --run-clock | --press N SECONDS | --press-then-close N | "
+                 "--open-more N [--no-usage-records]\n");
     return 2;
   }
   ZellickApp::identify();
@@ -194,6 +250,7 @@ int main(int argc, char** argv) {
     if (mode == "--run-clock") runClock(zellick);
     if (mode == "--press") pressSpread(zellick, static_cast<int>(n), seconds);
     if (mode == "--press-then-close") pressThenClose(zellick, static_cast<int>(n));
+    if (mode == "--open-more") openMore(zellick, n);
   });
   return app.exec();
 }

@@ -1,7 +1,7 @@
 // Runs the real app offscreen in its default window with its artwork cache pointed at a folder,
-// and quits once every picture of the screen is in, pressed ones included: the folder then holds
-// each rendering the default window asks for. The build ships them; a check runs it again with
-// an empty folder and expects nothing rendered.
+// opens the More screen over the counter, and quits once every picture is in, pressed ones
+// included: the folder then holds each rendering the default window asks for. The build ships
+// them; a check runs it again with an empty folder and expects nothing rendered.
 //   zellick-render-artwork CACHE_DIR
 #include <QDir>
 #include <QGuiApplication>
@@ -12,6 +12,7 @@
 #include <cstdio>
 
 #include "app/zellick_app.h"
+#include "more/moreView.h"
 #include "ui/first_frame.h"
 
 namespace {
@@ -36,7 +37,8 @@ int main(int argc, char** argv) {
 
   zellick::ZellickApp zellick(environment);
   if (zellick.launch() != zellick::ZellickApp::Launch::Shown) return 1;
-  zellick::ui::afterFirstFrame(zellick.window(), zellick.window(), [] {
+  zellick::ui::afterFirstFrame(zellick.window(), zellick.window(), [&zellick] {
+    zellick.counter().more().presentModalViewController(zellick::kMoreNibName);
     QTimer::singleShot(kSettleMs, qApp, &QCoreApplication::quit);
   });
   return app.exec();

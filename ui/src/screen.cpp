@@ -31,15 +31,6 @@ bool shownOnScreen(const QQuickItem* item) {
   return item != nullptr;
 }
 
-// The item named `name` in `from`'s visual tree, `from` included.
-QQuickItem* findItem(QQuickItem* from, const QString& name) {
-  if (!from) return nullptr;
-  if (from->objectName() == name) return from;
-  for (QQuickItem* child : from->childItems())
-    if (QQuickItem* found = findItem(child, name)) return found;
-  return nullptr;
-}
-
 }  // namespace
 
 QStringList registerBundledFonts(Log& log) {
@@ -61,9 +52,7 @@ QtScreen::~QtScreen() {
   if (window_) window_->removeEventFilter(this);
   // Views and the presenter go before the items they point at.
   alerts_.reset();
-  buttons_.clear();
-  images_.clear();
-  labels_.clear();
+  controls_.clear();
   rootView_.reset();
   screen_.reset();
   engine_.reset();
@@ -111,66 +100,20 @@ bool QtScreen::load(const QUrl& url, const QVariantMap& windowProperties) {
 Rect QtScreen::bounds() const { return rootView_ ? rootView_->bounds() : Rect{}; }
 
 bool QtScreen::bind(const std::vector<ControlSpec>& controls) {
-  if (!root_) return false;
-  bool complete = true;
-  for (const ControlSpec& c : controls) {
-    QQuickItem* item = findItem(root_, QString::fromStdString(c.name));
-    if (!item) {
-      log_.line("the screen has no item " + c.name);
-      complete = false;
-      continue;
-    }
-    // Sized before any picture is asked for, so artwork is rendered once, at its size.
-    placeInRoot(item, root_, c.frame);
-    if (!c.accessibleName.empty())
-      item->setProperty("accessibleName", QString::fromStdString(c.accessibleName));
-    switch (c.kind) {
-      case ControlSpec::Kind::Button: {
-        auto& b = buttons_[c.name] = std::make_unique<QtButton>(item, root_, c.tag, log_);
-        b->setName(c.name);
-        b->setHighlightedImage(c.highlightedImage);
-        b->setImage(c.image);
-        // A screen reader's press is a tap.
-        if (item->metaObject()->indexOfSignal("accessiblePressed()") >= 0)
-          connect(item, SIGNAL(accessiblePressed()), this, SLOT(onAccessiblePress()));
-        break;
-      }
-      case ControlSpec::Kind::Image: {
-        auto& i = images_[c.name] = std::make_unique<QtImageView>(item, root_, c.tag, log_);
-        i->setName(c.name);
-        i->setImage(c.image);
-        break;
-      }
-      case ControlSpec::Kind::Label: {
-        auto& l = labels_[c.name] =
-            std::make_unique<QtLabel>(item, root_, c.tag, fontAliases_, log_);
-        l->setName(c.name);
-        break;
-      }
-      case ControlSpec::Kind::Clip: clips_[c.name] = item; break;
-      case ControlSpec::Kind::Table: break;
-    }
+  if (!root_ || !controls_.bind(root_, controls)) return false;
+  // A screen reader's press is a tap.
+  for (const auto& [name, b] : controls_.buttons()) {
+    if (b->item() && b->item()->metaObject()->indexOfSignal("accessiblePressed()") >= 0)
+      connect(b->item(), SIGNAL(accessiblePressed()), this, SLOT(onAccessiblePress()),
+              Qt::UniqueConnection);
   }
-  return complete;
+  return true;
 }
-
-template <class Map>
-static auto* find(const Map& map, const std::string& name, Log& log, const char* what) {
-  auto it = map.find(name);
-  if (it != map.end()) return it->second.get();
-  log.line(std::string("the screen has no ") + what + " " + name);
-  return static_cast<decltype(it->second.get())>(nullptr);
-}
-
-QtButton* QtScreen::button(const std::string& name) { return find(buttons_, name, log_, "button"); }
-QtImageView* QtScreen::imageView(const std::string& name) {
-  return find(images_, name, log_, "image view");
-}
-QtLabel* QtScreen::label(const std::string& name) { return find(labels_, name, log_, "label"); }
 
 void QtScreen::bindButton(const std::string& name, std::function<void()> press,
                           std::function<void()> release) {
-  if (!buttons_.count(name)) log_.line("binding for missing button " + name + " ignored");
+  if (!controls_.buttons().count(name))
+    log_.line("binding for missing button " + name + " ignored");
   bindings_[name] = Binding{std::move(press), std::move(release)};
 }
 
@@ -179,21 +122,14 @@ void QtScreen::setTouchHandlers(TouchHandler began, TouchHandler ended) {
   ended_ = std::move(ended);
 }
 
-QQuickItem* QtScreen::controlItem(const std::string& name) const {
-  if (auto it = buttons_.find(name); it != buttons_.end()) return it->second->item();
-  if (auto it = labels_.find(name); it != labels_.end()) return it->second->item();
-  if (auto it = images_.find(name); it != images_.end()) return it->second->item();
-  if (auto it = clips_.find(name); it != clips_.end()) return it->second;
-  return nullptr;
-}
 
 void QtScreen::setAccessibleText(const std::string& name, const std::string& text) {
-  if (QQuickItem* item = controlItem(name))
+  if (QQuickItem* item = controls_.item(name))
     item->setProperty("accessibleText", QString::fromStdString(text));
 }
 
 void QtScreen::setAccessibleChecked(const std::string& name, bool checked) {
-  if (QQuickItem* item = controlItem(name)) {
+  if (QQuickItem* item = controls_.item(name)) {
     item->setProperty("accessibleCheckable", true);
     item->setProperty("accessibleChecked", checked);
   }
@@ -201,8 +137,8 @@ void QtScreen::setAccessibleChecked(const std::string& name, bool checked) {
 
 void QtScreen::onAccessiblePress() {
   const std::string name = sender() ? sender()->objectName().toStdString() : std::string();
-  auto it = buttons_.find(name);
-  if (it == buttons_.end() || tracking_ || questionShown()) return;
+  auto it = controls_.buttons().find(name);
+  if (it == controls_.buttons().end() || tracking_ || touchesGoAbove()) return;
   QtButton* b = it->second.get();
   if (!b->userInteractionEnabled()) return;
   auto binding = bindings_.find(name);
@@ -249,6 +185,7 @@ bool QtScreen::key(const QKeyEvent& e) {
     if (binding != bindings_.end() && binding->second.release) binding->second.release();
     return true;
   }
+  if (covered() && !questionShown()) return keysAbove_ && keysAbove_(name, true);
   if (questionShown()) {
     if (const AlertView* question = alerts_->current())
       if (auto index = questionButtonForKey(*question, name)) alerts_->answer(*index);
@@ -258,17 +195,20 @@ bool QtScreen::key(const QKeyEvent& e) {
     if (k.key != name) continue;
     if (k.tapCount > 0) {
       const View* view = nullptr;
-      if (auto it = labels_.find(k.control); it != labels_.end()) view = it->second.get();
-      if (auto it = images_.find(k.control); it != images_.end()) view = it->second.get();
+      if (auto it = controls_.labels().find(k.control); it != controls_.labels().end())
+        view = it->second.get();
+      if (auto it = controls_.images().find(k.control); it != controls_.images().end())
+        view = it->second.get();
       if (view && !tracking_) {
         if (began_) began_(*view, k.tapCount);
         if (ended_) ended_(*view, k.tapCount);
       }
       return true;
     }
-    auto it = buttons_.find(k.control);
+    auto it = controls_.buttons().find(k.control);
     // Refused where a finger would be: a locked button, or one a finger already holds.
-    if (it == buttons_.end() || !it->second->userInteractionEnabled() || tracking_) return true;
+    if (it == controls_.buttons().end() || !it->second->userInteractionEnabled() || tracking_)
+      return true;
     for (const auto& [other, button] : heldKeys_)
       if (button == it->second.get()) return true;
     QtButton* b = it->second.get();
@@ -306,16 +246,16 @@ const View* QtScreen::hitTest(QPointF p, QtButton** button) const {
   *button = nullptr;
   // Topmost first: labels lie above the controls, the controls above the body and wheels.
   // A view that ignores touches lets them through to what lies beneath.
-  for (const auto& [name, label] : labels_)
+  for (const auto& [name, label] : controls_.labels())
     if (label->userInteractionEnabled() && shownOnScreen(label->item()) &&
         contains(label->frame(), p))
       return label.get();
-  for (const auto& [name, b] : buttons_)
+  for (const auto& [name, b] : controls_.buttons())
     if (b->userInteractionEnabled() && shownOnScreen(b->item()) && contains(b->frame(), p)) {
       *button = b.get();
       return b.get();
     }
-  for (const auto& [name, image] : images_)
+  for (const auto& [name, image] : controls_.images())
     if (image->userInteractionEnabled() && shownOnScreen(image->item()) &&
         contains(image->frame(), p))
       return image.get();
@@ -376,10 +316,10 @@ bool QtScreen::eventFilter(QObject* watched, QEvent* event) {
       auto* e = static_cast<QMouseEvent*>(event);
       // Touches come as touch events; their mouse echo would count twice.
       if (e->device() && e->device()->type() == QInputDevice::DeviceType::TouchScreen) return true;
-      if (event->type() == QEvent::MouseButtonDblClick) return !questionShown() || tracking_;
+      if (event->type() == QEvent::MouseButtonDblClick) return !touchesGoAbove() || tracking_;
       if (event->type() == QEvent::MouseButtonPress) {
         if (e->button() != Qt::LeftButton || tracking_) return tracking_;
-        if (questionShown()) return false;  // the question takes it
+        if (touchesGoAbove()) return false;  // the question or the screen above takes it
         touch(Phase::Begin, e->scenePosition(), static_cast<long long>(e->timestamp()));
         return true;
       }
@@ -400,7 +340,7 @@ bool QtScreen::eventFilter(QObject* watched, QEvent* event) {
         touchPointId_ = -1;
         return true;
       }
-      if (!tracking_ && questionShown()) return false;
+      if (!tracking_ && touchesGoAbove()) return false;
       // One finger at a time: the first one down is followed, later ones are ignored.
       for (const QEventPoint& point : e->points()) {
         if (point.state() == QEventPoint::Pressed && !tracking_) {

@@ -3,10 +3,13 @@
 #include <QEasingCurve>
 #include <QFile>
 #include <QFontDatabase>
+#include <QGuiApplication>
 #include <QRectF>
 #include <QVariantAnimation>
 
 #include <cmath>
+
+#include "ui/table.h"
 
 namespace zellick::ui {
 
@@ -66,6 +69,9 @@ QFont labelFont(const Font& font, const FontAliases& aliases, Log& log) {
   const auto alias = aliases.find(font.name);
   if (alias != aliases.end()) {
     f = QFont(QString::fromStdString(alias->second));
+    f.setBold(true);
+  } else if (font.name == kBoldSystemFontName) {
+    f = QGuiApplication::font();
     f.setBold(true);
   } else if (!font.name.empty()) {
     const QString family = QString::fromStdString(font.name);
@@ -183,6 +189,8 @@ void QtLabel::setFont(const Font& font) {
 
 QtRootView::QtRootView(QQuickItem* root, Log& log) : root_(root), log_(log) {}
 
+QtRootView::~QtRootView() = default;
+
 Rect QtRootView::bounds() const {
   if (!root_) return {};
   return {0, 0, root_->width(), root_->height()};
@@ -194,8 +202,22 @@ void QtRootView::setBackgroundColor(Color color) {
   if (root_) root_->setProperty("backgroundColor", toQColor(color));
 }
 
-// The counter's screen has no navigation bar.
-NavigationBar* QtRootView::addNavigationBar(const Rect&) { return nullptr; }
+NavigationBar* QtRootView::addNavigationBar(const Rect& frame) {
+  if (!root_) return nullptr;
+  QVariant made;
+  const bool ok = root_->metaObject()->indexOfMethod(
+                      "addNavigationBar(QVariant,QVariant,QVariant,QVariant)") >= 0 &&
+                  QMetaObject::invokeMethod(root_, "addNavigationBar", Q_RETURN_ARG(QVariant, made),
+                                            Q_ARG(QVariant, frame.x), Q_ARG(QVariant, frame.y),
+                                            Q_ARG(QVariant, frame.w), Q_ARG(QVariant, frame.h));
+  auto* item = qobject_cast<QQuickItem*>(made.value<QObject*>());
+  if (!ok || !item) {
+    log_.line("the screen has no navigation bar");
+    return nullptr;
+  }
+  bars_.push_back(std::make_unique<QtNavigationBar>(item, root_, log_));
+  return bars_.back().get();
+}
 
 void QtRootView::addColorView(const Rect& frame, Color color) {
   if (!root_) return;

@@ -77,8 +77,8 @@ class ZellickApp {
   std::unique_ptr<qt::FolderDocuments> documents_;
   // Goes before the client: replies that come later find it gone.
   std::unique_ptr<orvapps> apps_;
-  std::unique_ptr<CounterScreen> counter_;
   std::unique_ptr<qt::QtApplication> application_;
+  std::unique_ptr<CounterScreen> counter_;
   std::unique_ptr<LifecycleEvents> events_;
   std::unique_ptr<ZellickAppDelegate> delegate_;
   std::unique_ptr<qt::QtLifecycle> lifecycle_;

@@ -9,6 +9,7 @@
 #include <QUrl>
 #include <QVariantMap>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <memory>
@@ -17,6 +18,7 @@
 
 #include "platform/log.h"
 #include "platform/views.h"
+#include "ui/controls.h"
 #include "ui/questions.h"
 #include "ui/tap_counter.h"
 #include "ui/views.h"
@@ -63,10 +65,10 @@ class QtScreen : public QObject, public Screen {
   QQuickItem* rootItem() const { return root_; }
 
   QtRootView* rootView() override { return rootView_.get(); }
-  QtButton* button(const std::string& name) override;
-  QtImageView* imageView(const std::string& name) override;
-  QtLabel* label(const std::string& name) override;
-  TableView* tableView(const std::string&) override { return nullptr; }
+  QtButton* button(const std::string& name) override { return controls_.button(name); }
+  QtImageView* imageView(const std::string& name) override { return controls_.imageView(name); }
+  QtLabel* label(const std::string& name) override { return controls_.label(name); }
+  QtTableView* tableView(const std::string& name) override { return controls_.tableView(name); }
   QtAlertPresenter& alerts() override { return *alerts_; }
   void bindButton(const std::string& name, std::function<void()> press,
                   std::function<void()> release) override;
@@ -77,6 +79,20 @@ class QtScreen : public QObject, public Screen {
 
   // The question overlay, built on the first call; null (logged) when it cannot be built.
   QQuickItem* questionOverlay();
+
+  // While another screen covers this one (each cover() until its uncover()), touches that begin
+  // go to the QML items above, not to this screen's controls; one under way ends here.
+  void cover() { ++covers_; }
+  // Where keys go while the screen is covered: true when the screen in front took the key.
+  void setKeysAbove(std::function<bool(const std::string& key, bool down)> keys) {
+    keysAbove_ = std::move(keys);
+  }
+  void uncover() { covers_ = std::max(0, covers_ - 1); }
+  bool covered() const { return covers_ > 0; }
+  // The engine the screen file was loaded with, its image providers and types set up; null
+  // before load().
+  QQmlEngine* engine() const { return engine_.get(); }
+  const FontAliases& fontAliases() const { return fontAliases_; }
 
   // The point of the logical screen under a window position.
   QPointF toScreen(QPointF windowPos) const;
@@ -98,10 +114,10 @@ class QtScreen : public QObject, public Screen {
   void touch(Phase phase, QPointF windowPos, long long timeMs);
   // A key event; true when the screen took it.
   bool key(const QKeyEvent& event);
-  // The item of control `name`, whatever its kind; null when there is none.
-  QQuickItem* controlItem(const std::string& name) const;
   const View* hitTest(QPointF p, QtButton** button) const;
   bool questionShown() const;
+  // Touches that begin now are for the items above this screen's controls.
+  bool touchesGoAbove() const { return covered() || questionShown(); }
 
   Log& log_;
   QString artworkCacheDir_;
@@ -115,9 +131,7 @@ class QtScreen : public QObject, public Screen {
   QPointer<QQuickItem> questionLoader_;
   QPointer<QQuickItem> overlay_;
   std::unique_ptr<QtRootView> rootView_;
-  std::map<std::string, std::unique_ptr<QtButton>> buttons_;
-  std::map<std::string, std::unique_ptr<QtImageView>> images_;
-  std::map<std::string, std::unique_ptr<QtLabel>> labels_;
+  BoundControls controls_{fontAliases_, log_};
   std::unique_ptr<QtAlertPresenter> alerts_;
   std::map<std::string, Binding> bindings_;
   TouchHandler began_;
@@ -125,7 +139,8 @@ class QtScreen : public QObject, public Screen {
   TapCounter taps_;
   std::vector<KeyBinding> keys_;
   std::map<std::string, QtButton*> heldKeys_;          // key down -> the button it pressed
-  std::map<std::string, QPointer<QQuickItem>> clips_;  // items of clip controls, by name
+  int covers_ = 0;
+  std::function<bool(const std::string&, bool)> keysAbove_;
 
   // The touch in progress: on a button, or on another view with its tap count.
   bool tracking_ = false;

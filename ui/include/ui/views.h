@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/log.h"
 #include "platform/views.h"
@@ -16,6 +17,8 @@
 class QVariantAnimation;
 
 namespace zellick::ui {
+
+class QtNavigationBar;
 
 // The face bundled for labels and questions, and where it is.
 inline constexpr const char* kBundledFamily = "Roboto Condensed";
@@ -133,14 +136,18 @@ class QtLabel : public QtItemView<Label> {
 };
 
 // The logical screen. It is also a view (untagged) so touches on the background have one.
+// Navigation bars come from the root item's addNavigationBar(x, y, w, h), where it has one.
 class QtRootView : public RootView, public View {
  public:
   QtRootView(QQuickItem* root, Log& log);
+  ~QtRootView() override;
 
   Rect bounds() const override;
   void setBackgroundColor(Color color) override;
   void addColorView(const Rect& frame, Color color) override;
   NavigationBar* addNavigationBar(const Rect& frame) override;
+  // The bar added last, or null.
+  QtNavigationBar* navigationBar() const { return bars_.empty() ? nullptr : bars_.back().get(); }
 
   Rect frame() const override { return bounds(); }
   void setFrame(const Rect&) override;
@@ -151,10 +158,11 @@ class QtRootView : public RootView, public View {
  private:
   QPointer<QQuickItem> root_;
   Log& log_;
+  std::vector<std::unique_ptr<QtNavigationBar>> bars_;
 };
 
-// The font a label asks for: an alias's family, a family the system has, or else the bundled
-// face with a log line.
+// The font a label asks for: an alias's family, the application's own face in bold for the
+// platform's bold face, a family the system has, or else the bundled face with a log line.
 QFont labelFont(const Font& font, const FontAliases& aliases, Log& log);
 
 }  // namespace zellick::ui
