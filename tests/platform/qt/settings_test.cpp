@@ -128,12 +128,15 @@ TEST(SettingsDefaults, SavesEveryTypeForAFreshReaderPastDeadLocks) {
       {"None", DefaultsArray{}, DefaultsArray{}},
       {"Dates", DefaultsArray{Date{0.5}, Date{-86400.25}},
        DefaultsArray{Date{0.5}, Date{-86400.25}}},
-      // Inside dictionaries every value keeps its type: digits stay text, integers integers.
+      // Inside dictionaries every value keeps its type: digits stay text, integers integers,
+      // text that reads as a bool or a double stays text.
       {"Entries",
        DefaultsArray{DefaultsDictionary{{"id", 7LL}, {"code", std::string("0042")}},
-                     DefaultsDictionary{{"id", -1LL}, {"code", std::string("")}}},
+                     DefaultsDictionary{{"id", -1LL}, {"code", std::string("true")}},
+                     DefaultsDictionary{{"id", 2.5}, {"code", std::string("2.5")}}},
        DefaultsArray{DefaultsDictionary{{"id", 7LL}, {"code", std::string("0042")}},
-                     DefaultsDictionary{{"id", -1LL}, {"code", std::string("")}}}},
+                     DefaultsDictionary{{"id", -1LL}, {"code", std::string("true")}},
+                     DefaultsDictionary{{"id", 2.5}, {"code", std::string("2.5")}}}},
       {"Entry", DefaultsArray{DefaultsDictionary{{"n", 2147483647LL}}},
        DefaultsArray{DefaultsDictionary{{"n", 2147483647LL}}}},
   };
