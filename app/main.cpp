@@ -4,8 +4,9 @@
 #include "app/zellick_app.h"
 
 int main(int argc, char** argv) {
-  QGuiApplication app(argc, argv);
   zellick::ZellickApp::identify();
+  zellick::answerHelpOrVersion(argc, argv);
+  QGuiApplication app(argc, argv);
   const zellick::CommandLine commandLine = zellick::parseCommandLine(app);
   zellick::ZellickApp zellick(zellick::Environment::fromProcess(), commandLine);
   switch (zellick.launch()) {

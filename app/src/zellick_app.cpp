@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QGuiApplication>
 #include <QQuickWindow>
 
 #include <csignal>
@@ -15,6 +16,8 @@ void ZellickApp::identify() {
   QCoreApplication::setOrganizationName(QStringLiteral("Zellick"));
   QCoreApplication::setApplicationName(QStringLiteral("Zellick"));
   QCoreApplication::setApplicationVersion(QStringLiteral(ZELLICK_VERSION));
+  // Shells match the window to the installed desktop entry by this name.
+  QGuiApplication::setDesktopFileName(QStringLiteral(ZELLICK_APP_ID));
 }
 
 ZellickApp::ZellickApp(Environment environment, CommandLine commandLine)

@@ -16,11 +16,13 @@ struct Environment {
   // ZELLICK_ARTWORK_CACHE ("off" keeps none), else "artwork" in the user's cache folder.
   QString artworkCacheDir;
   // Where bundle resources are looked up, in order: ZELLICK_BUNDLE, the "bundle" folder next to
-  // the executable, then the build tree's bundle.
+  // the executable, the installed bundle relative to the executable (../share/zellick), then,
+  // for an executable inside the build tree, the build tree's bundle.
   std::vector<std::string> bundleFolders;
   // ZELLICK_NO_AUDIO set to anything: never open an audio device.
   bool audioOff = false;
-  // ZELLICK_AUDIO_MODULE, else the audio module next to the executable.
+  // ZELLICK_AUDIO_MODULE, else the audio module next to the executable if there is one, else
+  // the installed one relative to the executable (../lib/zellick).
   QString audioModule;
   // ZELLICK_MAKER_URL, ZELLICK_AD_PRIMARY_URL, ZELLICK_AD_FALLBACK_URL: the servers' addresses
   // in place of the shipped ones (empty: the shipped one).
@@ -34,6 +36,8 @@ struct Environment {
 
   // Read from the process; needs the QCoreApplication for the app's folders.
   static Environment fromProcess();
+  // The variables read, with what each does, as the lines --help ends with.
+  static QString help();
 };
 
 }  // namespace zellick
