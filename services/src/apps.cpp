@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <vector>
 
 #include "platform/property_list.h"
 #include "xml/ZXMLDocument.h"
@@ -168,6 +169,7 @@ void orvapps::receiveList(const std::string& bytes) {
 
   DefaultsArray list;
   list.reserve(apps.size());
+  std::vector<std::string> icons;  // asked for once the list is kept: a refused one brings none
   std::size_t textBytes = 0;
   for (const ZXMLElementPtr& app : apps) {
     if (app->childCount() != 4) continue;
@@ -192,9 +194,12 @@ void orvapps::receiveList(const std::string& bytes) {
       return;
     }
     list.emplace_back(std::in_place_type<DefaultsDictionary>, std::move(entry));
-    downloadIcon(value(2));
+    icons.push_back(value(2));
   }
-  if (list.empty()) return;
+  if (list.empty()) {
+    log.line("Apps list not stored: no entry of four children");
+    return;
+  }
 
   std::stable_sort(list.begin(), list.end(), [](const DefaultsValue& a, const DefaultsValue& b) {
     return priorityOf(a) < priorityOf(b);
@@ -202,6 +207,8 @@ void orvapps::receiveList(const std::string& bytes) {
   services_.defaults.setObject(kMoreAppsKey, std::move(list));
   services_.defaults.setObject(kLastUpdateKey, Date{services_.clock.now()});
   services_.defaults.synchronize();
+  log.line(format("Apps list stored: %zu entries", icons.size()));
+  for (const std::string& appleid : icons) downloadIcon(appleid);
 }
 
 std::optional<DefaultsArray> orvapps::getApps() {
@@ -268,9 +275,13 @@ void orvapps::iconArrived(const std::string& appleid, const HttpReply& reply) {
         format("Icon for %s dropped: the reply is over %zu bytes", appleid.c_str(), kMaxIconBytes));
     return;
   }
-  // Whatever came back is kept, whatever its status; nothing (or nothing at all) keeps the
-  // icon there was.
-  if (!reply.status.ok() || reply.body.empty()) return;
+  if (!reply.status.ok()) {
+    services_.log.line("Icon for " + appleid + " not fetched: " + reply.status.toString());
+    return;
+  }
+  // Whatever came back is kept, whatever its status code; an empty body keeps the icon there
+  // was.
+  if (reply.body.empty()) return;
   const Status written = services_.documents.writeAtomically(iconFileName(appleid), reply.body);
   if (!written.ok()) {
     services_.log.line("Icon for " + appleid + " not saved: " + written.toString());

@@ -10,10 +10,11 @@ namespace zellick::test {
 
 QProcessEnvironment appEnvironment(const QTemporaryDir& dir, const QString& settings) {
   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-  QDir(dir.path()).mkpath("home");
-  QDir(dir.path()).mkpath("config");
+  for (const char* folder : {"home", "config", "data", "cache"}) QDir(dir.path()).mkpath(folder);
   env.insert("HOME", dir.filePath("home"));
   env.insert("XDG_CONFIG_HOME", dir.filePath("config"));
+  env.insert("XDG_DATA_HOME", dir.filePath("data"));
+  env.insert("XDG_CACHE_HOME", dir.filePath("cache"));
   env.insert("ZELLICK_SETTINGS", settings);
   env.insert("QT_QPA_PLATFORM", "offscreen");
   env.insert("QT_QUICK_BACKEND", "software");

@@ -14,7 +14,8 @@
 
 namespace zellick::test {
 
-// Offscreen, silent, with HOME and the config folders inside `dir`, and the settings at `settings`.
+// Offscreen, silent, with HOME and the config, data and cache folders inside `dir` ("home",
+// "config", "data", "cache"), and the settings at `settings`.
 QProcessEnvironment appEnvironment(const QTemporaryDir& dir, const QString& settings);
 
 // The six keys as a fresh reader in a new process would see them.

@@ -311,7 +311,8 @@ int exitWithRecordsInFlight(const Options& o) {
   double closing = 0;
   if (ok)
     std::sscanf(app.out.constData() + app.out.indexOf("closing at"), "closing at %lf", &closing);
-  ok = ok && app.process.waitForFinished(10000);
+  // Gathering its output may already have seen it end, and waiting then reports no end.
+  ok = ok && (app.process.state() == QProcess::NotRunning || app.process.waitForFinished(10000));
   const double tookMs = monotonicMs() - closing;
   const SavedState s = readSaved(settings, dir.path());
   ok = ok && app.process.exitStatus() == QProcess::NormalExit && app.process.exitCode() == 0 &&

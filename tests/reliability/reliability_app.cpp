@@ -14,11 +14,13 @@
 //                      folder, click Info; once the More screen's icons are read, print
 //                      "row TEXT: icon" (or ": no icon") for each row on show, then "more shown"
 //                      and quit
+//   --close-on-input   close the window (as a user quits) when a line or the end comes on stdin
 // Any mode may be followed by --no-usage-records, as the app's own switch.
 #include <QDir>
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QSocketNotifier>
 #include <QTest>
 #include <QTimer>
 
@@ -144,6 +146,14 @@ void pressThenClose(ZellickApp& app, int presses) {
   app.window()->close();
 }
 
+void closeOnInput(ZellickApp& app) {
+  auto* input = new QSocketNotifier(0, QSocketNotifier::Read, app.window());
+  QObject::connect(input, &QSocketNotifier::activated, app.window(), [&app, input] {
+    input->setEnabled(false);
+    app.window()->close();
+  });
+}
+
 void runClock(ZellickApp& app) {
   QTest::mouseClick(app.window(), Qt::LeftButton, {}, centreOf(app, *app.controller().LabelTimer));
   std::printf("clock started at %.1f\n", monotonicMs());
@@ -228,13 +238,13 @@ int main(int argc, char** argv) {
       (mode == "--press" && args.size() == 4 && ok && okToo && n > 0 && seconds > 0) ||
       (mode == "--press-then-close" && args.size() == 3 && ok && n >= 0) ||
       (mode == "--open-more" && args.size() == 3 && ok && n > 0) ||
-      (args.size() == 2 &&
-       (mode == "--first-frame" || mode == "--press-randomly" || mode == "--run-clock"));
+      (args.size() == 2 && (mode == "--first-frame" || mode == "--press-randomly" ||
+                            mode == "--run-clock" || mode == "--close-on-input"));
   if (!known) {
     std::fprintf(stderr,
                  "usage: zellick_reliability_app --stress-loop N | --first-frame | "
                  "--press-randomly | --run-clock | --press N SECONDS | --press-then-close N | "
-                 "--open-more N [--no-usage-records]\n");
+                 "--open-more N | --close-on-input [--no-usage-records]\n");
     return 2;
   }
   ZellickApp::identify();
@@ -251,6 +261,7 @@ int main(int argc, char** argv) {
     if (mode == "--press") pressSpread(zellick, static_cast<int>(n), seconds);
     if (mode == "--press-then-close") pressThenClose(zellick, static_cast<int>(n));
     if (mode == "--open-more") openMore(zellick, n);
+    if (mode == "--close-on-input") closeOnInput(zellick);
   });
   return app.exec();
 }

@@ -193,5 +193,54 @@ TEST(ServicesTest, HeldRepliesTimeTheClientOutWhileOthersAnswerAndStopEndsThemAt
   }
 }
 
+// The hostile replies: each announces its length; a cut one brings half of it and the client
+// sees the connection break; the huge feed streams every byte; a filled icon is a PNG still.
+TEST(ServicesTest, HostileRepliesAnnounceTheirLengthAndBringWhatTheySay) {
+  const struct {
+    const char* path;
+    ServicesOptions options;
+    std::size_t announced;  // 0: whatever the plain reply's length is
+    bool cut;
+    const char* startsWith;
+  } rows[] = {
+      {"/apps.php", {.cutPath = "apps.php"}, 0, true, "<?xml"},
+      {"/icons/7.png", {.cutPath = "icons/"}, 0, true, "\x89PNG"},
+      {"/apps.php", {.cutPath = "icons/"}, 0, false, "<?xml"},
+      {"/apps.php", {.hugeFeedBytes = 50u << 20}, 50u << 20, false, "<?xml version"},
+      {"/icons/7.png", {.iconBytes = 1536u << 10}, 1536u << 10, false, "\x89PNG"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.path);
+    Running s(row.options);
+    std::size_t announced = 0, received = 0;
+    std::string head;
+    auto res = s.http.Get(
+        row.path,
+        [&](const httplib::Response& r) {
+          announced = r.get_header_value<std::size_t>("Content-Length");
+          return true;
+        },
+        [&](const char* data, std::size_t size) {
+          if (head.size() < 16) head.append(data, std::min<std::size_t>(size, 16));
+          received += size;
+          return true;
+        });
+    EXPECT_EQ(bool(res), !row.cut);
+    if (row.announced) {
+      EXPECT_EQ(announced, row.announced);
+    }
+    EXPECT_EQ(received, row.cut ? announced / 2 : announced);
+    EXPECT_TRUE(head.starts_with(row.startsWith)) << head;
+  }
+  // A filled icon still reads as the picture it was.
+  Running filled({.iconBytes = 1536u << 10});
+  auto res = filled.http.Get("/icons/7.png");
+  ASSERT_TRUE(res);
+  QImage icon;
+  EXPECT_TRUE(icon.loadFromData(reinterpret_cast<const uchar*>(res->body.data()),
+                                int(res->body.size()), "PNG"));
+  EXPECT_EQ(icon.size(), QSize(114, 114));
+}
+
 }  // namespace
 }  // namespace zellick::standin

@@ -24,7 +24,10 @@ constexpr int kMaxApps = 10000;
 constexpr int kMaxIconDelayMs = 600000;
 constexpr std::uintmax_t kMaxFeedBytes = 16u << 20;
 constexpr std::size_t kMaxRecordBytes = 64u << 10;
-constexpr std::uint32_t kIconSide = 114;  // the @2x size the app stores
+constexpr int kMaxHugeFeedMiB = 4096;
+constexpr int kMaxIconBytes = 64 << 20;
+constexpr std::size_t kStreamChunk = 64u << 10;  // what a streamed body is written in
+constexpr std::uint32_t kIconSide = 114;         // the @2x size the app stores
 // Store identifiers of the generated feed: 9 digits, distinct, for every id up to kMaxApps.
 constexpr long kFirstStoreId = 310000000;
 constexpr long kStoreIdStep = 7919;
@@ -34,8 +37,9 @@ constexpr std::size_t kWorkers = 32;
 // An idle or half-sent connection is dropped after this, so stop never waits longer.
 constexpr time_t kIdleSeconds = 1;
 
-const std::array<std::string, 6> kValueOptions = {"--port",    "--feed",       "--apps",
-                                                  "--records", "--slow-icons", "--hang"};
+const std::array<std::string, 9> kValueOptions = {"--port",    "--feed",       "--apps",
+                                                  "--records", "--slow-icons", "--hang",
+                                                  "--cut",     "--huge-feed",  "--icon-bytes"};
 
 bool readInt(const std::string& text, int lo, int hi, int& out) {
   int n = 0;
@@ -61,15 +65,57 @@ std::string oneLine(const std::string& text) {
 }
 
 // Priorities follow no order, so the app's sort shows.
-std::string generatedFeed(int apps) {
-  std::string xml = "<?xml version=\"1.0\"?>\n<apps>\n";
-  for (int id = 1; id <= apps; ++id) {
+const char* const kFeedHead = "<?xml version=\"1.0\"?>\n<apps>\n";
+
+std::string generatedEntries(int from, int to) {
+  std::string xml;
+  for (int id = from; id <= to; ++id) {
     const std::string n = std::to_string(id);
     xml += "  <app>\n    <appid>" + n + "</appid>\n    <appname>Zellick Sample App " + n +
            "</appname>\n    <appleid>" + std::to_string(kFirstStoreId + id * kStoreIdStep) +
            "</appleid>\n    <priority>" + std::to_string(id * 53 % 97) + "</priority>\n  </app>\n";
   }
-  return xml + "</apps>\n";
+  return xml;
+}
+
+std::string generatedFeed(int apps) { return kFeedHead + generatedEntries(1, apps) + "</apps>\n"; }
+
+// A feed that never ends within `size` bytes: the head, then the same hundred entries over and
+// over. Written a chunk at a time, so no size costs memory.
+void streamHugeFeed(httplib::Response& res, std::size_t size) {
+  auto pattern = std::make_shared<const std::string>(generatedEntries(1, 100));
+  const std::string head = kFeedHead;
+  res.set_content_provider(
+      size, "text/xml",
+      [pattern, head](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
+        std::string chunk;
+        chunk.reserve(std::min(length, kStreamChunk));
+        for (std::size_t at = offset; chunk.size() < std::min(length, kStreamChunk); ++at) {
+          chunk += at < head.size() ? head[at] : (*pattern)[(at - head.size()) % pattern->size()];
+        }
+        return sink.write(chunk.data(), chunk.size());
+      });
+}
+
+// The reply as it stands, with its whole length announced but only the first half sent: the
+// connection then closes.
+void cutShort(httplib::Response& res) {
+  auto body = std::make_shared<const std::string>(std::move(res.body));
+  const std::string type = res.get_header_value("Content-Type");
+  res.body.clear();
+  res.headers.erase("Content-Type");
+  res.set_content_provider(body->size(), type,
+                           [body](std::size_t, std::size_t, httplib::DataSink& sink) {
+                             sink.write(body->data(), body->size() / 2);
+                             return false;
+                           });
+}
+
+// Whether `pattern` (a path, or a prefix ending in "/") names `path`.
+bool covers(const std::optional<std::string>& pattern, const std::string& path) {
+  if (!pattern) return false;
+  return pattern->ends_with('/') ? path.size() > pattern->size() && path.starts_with(*pattern)
+                                 : path == *pattern;
 }
 
 Status readFeed(const std::string& path, std::string& out) {
@@ -115,6 +161,9 @@ void configure(httplib::Server& server) {
     setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
   });
   server.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
+  // A reply's head and body go out in two writes: without this the body waits for the
+  // client's delayed acknowledgement of the head (40 ms on Linux) on every kept-alive request.
+  server.set_tcp_nodelay(true);
   server.set_keep_alive_timeout(kIdleSeconds);
   server.set_read_timeout(kIdleSeconds);
   server.set_payload_max_length(kMaxRecordBytes);
@@ -134,7 +183,8 @@ struct ListeningSocket : httplib::Server {
 std::string servicesUsage() {
   const std::string side = std::to_string(kIconSide);
   return "usage: zellick-services [--port P] [--feed FILE | --apps N] [--records FILE]\n"
-         "                        [--slow-icons MS] [--hang PATH]\n"
+         "                        [--slow-icons MS] [--hang PATH] [--cut PATH]\n"
+         "                        [--huge-feed MIB] [--icon-bytes N]\n"
          "Stands in for the maker's web services at http://" +
          std::string(kHost) +
          ":PORT/:\n"
@@ -152,6 +202,10 @@ std::string servicesUsage() {
          "  --records FILE      append every record to FILE, one per line\n"
          "  --slow-icons MS     wait MS milliseconds before each icon reply\n"
          "  --hang PATH         never answer requests for PATH (e.g. tracker.php) until stopped\n"
+         "  --cut PATH          replies for PATH announce their length, send half and close\n"
+         "  --huge-feed MIB     the feed is MIB mebibytes of entries that never close, streamed\n"
+         "  --icon-bytes N      each icon is filled with zero bytes up to N bytes\n"
+         "A PATH ending in / (e.g. icons/) names every path under it.\n"
          "A line break in a record is written as \\n (\\r). SIGINT or SIGTERM stops it.\n";
 }
 
@@ -180,6 +234,12 @@ ParsedArgs parseServicesArgs(const std::vector<std::string>& args) {
       out.options.recordsFile = value;
     else if (name == "--hang" && !value.empty())
       out.options.hangPath = value;
+    else if (name == "--cut" && !value.empty())
+      out.options.cutPath = value;
+    else if (name == "--huge-feed" && readInt(value, 1, kMaxHugeFeedMiB, n))
+      out.options.hugeFeedBytes = std::size_t(n) << 20;
+    else if (name == "--icon-bytes" && readInt(value, 1, kMaxIconBytes, n))
+      out.options.iconBytes = std::size_t(n);
     else if (name == "--port" && readInt(value, 0, 65535, n))
       out.options.port = n;
     else if (name == "--apps" && readInt(value, 0, kMaxApps, n)) {
@@ -197,8 +257,8 @@ ParsedArgs parseServicesArgs(const std::vector<std::string>& args) {
 
 ServicesServer::ServicesServer(ServicesOptions options, std::ostream* records, std::ostream* log)
     : options_(std::move(options)), recordsOut_(records), log_(log) {
-  if (options_.hangPath && !options_.hangPath->starts_with('/')) {
-    options_.hangPath = "/" + *options_.hangPath;
+  for (auto* path : {&options_.hangPath, &options_.cutPath}) {
+    if (*path && !(*path)->starts_with('/')) *path = "/" + **path;
   }
 }
 
@@ -297,21 +357,31 @@ void ServicesServer::installMakerRoutes(httplib::Server& server) {
   using httplib::Request;
   using httplib::Response;
   server.set_pre_routing_handler([this](const Request& req, Response& res) {
-    if (!options_.hangPath || req.path != *options_.hangPath) {
+    if (!covers(options_.hangPath, req.path)) {
       return httplib::Server::HandlerResponse::Unhandled;
     }
     pause(std::nullopt);  // the client gives up first, or the server stops
     res.status = 503;
     return httplib::Server::HandlerResponse::Handled;
   });
-  server.Get("/apps.php",
-             [this](const Request&, Response& res) { res.set_content(feed_, "text/xml"); });
+  server.Get("/apps.php", [this](const Request&, Response& res) {
+    if (options_.hugeFeedBytes > 0) {
+      streamHugeFeed(res, options_.hugeFeedBytes);
+    } else {
+      res.set_content(feed_, "text/xml");
+    }
+  });
   server.Get(R"(/icons/(\d{1,20})\.png)", [this](const Request& req, Response& res) {
     if (options_.iconDelay.count() > 0 && !pause(options_.iconDelay)) {
       res.status = 503;
       return;
     }
-    res.set_content(iconPng(req.matches[1].str()), "image/png");
+    std::string png = iconPng(req.matches[1].str());
+    if (png.size() < options_.iconBytes) png.resize(options_.iconBytes, '\0');
+    res.set_content(png, "image/png");
+  });
+  server.set_post_routing_handler([this](const Request& req, Response& res) {
+    if (covers(options_.cutPath, req.path) && !res.body.empty()) cutShort(res);
   });
   server.Post("/tracker.php", [this](const Request& req, Response& res) {
     record(req.body);

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <fstream>
 #include <iosfwd>
 #include <memory>
@@ -26,7 +27,12 @@ struct ServicesOptions {
   int apps = 5;                              // entries in the generated feed
   std::optional<std::string> recordsFile{};  // every record is appended to it as one line
   std::chrono::milliseconds iconDelay{0};    // before each icon reply
-  std::optional<std::string> hangPath{};     // requests for it get no answer until stop
+  // Paths below are a path, or a prefix ending in "/" ("icons/") for every path under it.
+  std::optional<std::string> hangPath{};  // requests for it get no answer until stop
+  // Replies for it announce their whole length, send the first half and close the connection.
+  std::optional<std::string> cutPath{};
+  std::size_t hugeFeedBytes = 0;  // when set, the feed is this long: generated, streamed
+  std::size_t iconBytes = 0;      // when set, each icon is filled up to this size after its end
 };
 
 // The command line: options, or --help, or what is wrong with it.

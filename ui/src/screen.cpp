@@ -122,7 +122,6 @@ void QtScreen::setTouchHandlers(TouchHandler began, TouchHandler ended) {
   ended_ = std::move(ended);
 }
 
-
 void QtScreen::setAccessibleText(const std::string& name, const std::string& text) {
   if (QQuickItem* item = controls_.item(name))
     item->setProperty("accessibleText", QString::fromStdString(text));

@@ -19,9 +19,10 @@ struct HttpRequest {
   std::size_t maxBodyBytes = 16u << 20;  // a longer reply fails as too large
 };
 
-// What came back: a reply, whatever its status code, or a failure with no reply at all.
+// What came back: a whole reply, whatever its status code, or a failure (no reply, or one that
+// broke off before its end), with no body.
 struct HttpReply {
-  Status status;  // ok when a reply came; else unavailable, timed out, too large, cancelled...
+  Status status;  // ok when a reply came whole; else unavailable, timed out, too large, failed...
   int code = 0;   // the reply's status code
   std::string body;
 };

@@ -11,6 +11,22 @@
 
 namespace zellick::qt {
 
+namespace {
+
+// Whether a reply that has a status code came to its end: Qt keeps the code of a reply whose
+// connection broke off midway, and reports the break only as the error. Errors that stand for
+// the status code itself (4xx, 5xx) leave the reply whole.
+bool cameWhole(QNetworkReply::NetworkError error) {
+  const auto within = [error](QNetworkReply::NetworkError from, QNetworkReply::NetworkError to) {
+    return error >= from && error <= to;
+  };
+  return error == QNetworkReply::NoError ||
+         within(QNetworkReply::ContentAccessDenied, QNetworkReply::UnknownContentError) ||
+         within(QNetworkReply::InternalServerError, QNetworkReply::UnknownServerError);
+}
+
+}  // namespace
+
 // Owns the network access manager and the replies in flight; everything here runs on the
 // client's thread.
 class HttpWorker : public QObject {
@@ -23,6 +39,9 @@ class HttpWorker : public QObject {
     QNetworkRequest r{QUrl(QString::fromStdString(request.url))};
     for (const auto& [name, value] : request.headers)
       r.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
+    // Qt hands back a compressed reply that broke off midway as if whole, so replies come
+    // unencoded, where the break shows.
+    if (!r.hasRawHeader("Accept-Encoding")) r.setRawHeader("Accept-Encoding", "identity");
     r.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     r.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
     QNetworkReply* reply = manager_->sendCustomRequest(r, QByteArray::fromStdString(request.method),
@@ -50,7 +69,7 @@ class HttpWorker : public QObject {
       reply->deleteLater();
       if (outcome->status.ok()) {
         const QVariant code = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-        if (code.isValid()) {
+        if (code.isValid() && cameWhole(reply->error())) {
           // Whatever the status, a reply came.
           outcome->code = code.toInt();
           outcome->body += reply->readAll().toStdString();

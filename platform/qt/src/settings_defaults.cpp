@@ -168,8 +168,15 @@ constexpr int kLockWaitMs = 2000;
 
 }  // namespace
 
-DefaultsValue fromVariant(const QVariant& v) {
+namespace {
+
+// `typed`: the value was stored with its type (inside a dictionary, which the file keeps in
+// binary form), so its text is text, whatever it looks like.
+DefaultsValue convert(const QVariant& v, bool typed) {
   if (!v.isValid()) return DefaultsArray{};
+  const auto text = [typed](const QString& s) {
+    return typed ? DefaultsValue(s.toStdString()) : fromText(s);
+  };
   switch (v.metaType().id()) {
     case QMetaType::Bool: return v.toBool();
     case QMetaType::Int:
@@ -186,7 +193,7 @@ DefaultsValue fromVariant(const QVariant& v) {
       return static_cast<long long>(std::min<qulonglong>(v.toULongLong(), LLONG_MAX));
     case QMetaType::Double:
     case QMetaType::Float: return v.toDouble();
-    case QMetaType::QString: return fromText(v.toString());
+    case QMetaType::QString: return text(v.toString());
     case QMetaType::QByteArray: return v.toByteArray().toStdString();
     case QMetaType::QDateTime: {
       const QDateTime dt = v.toDateTime();
@@ -195,26 +202,26 @@ DefaultsValue fromVariant(const QVariant& v) {
     }
     case QMetaType::QStringList: {
       DefaultsArray out;
-      for (const QString& s : v.toStringList()) out.push_back(fromText(s));
+      for (const QString& s : v.toStringList()) out.push_back(text(s));
       return out;
     }
     case QMetaType::QVariantList: {
       DefaultsArray out;
-      for (const QVariant& e : v.toList()) out.push_back(fromVariant(e));
+      for (const QVariant& e : v.toList()) out.push_back(convert(e, typed));
       return out;
     }
     case QMetaType::QVariantMap: {
       DefaultsDictionary out;
       const QVariantMap map = v.toMap();
       for (auto it = map.cbegin(); it != map.cend(); ++it)
-        out.insert_or_assign(it.key().toStdString(), fromVariant(it.value()));
+        out.insert_or_assign(it.key().toStdString(), convert(it.value(), true));
       return out;
     }
     case QMetaType::QVariantHash: {
       DefaultsDictionary out;
       const QVariantHash hash = v.toHash();
       for (auto it = hash.cbegin(); it != hash.cend(); ++it)
-        out.insert_or_assign(it.key().toStdString(), fromVariant(it.value()));
+        out.insert_or_assign(it.key().toStdString(), convert(it.value(), true));
       return out;
     }
     default: break;
@@ -222,6 +229,10 @@ DefaultsValue fromVariant(const QVariant& v) {
   // Anything else a hand-edited file can hold (sizes, rects): its text, or nothing.
   return v.canConvert<QString>() ? v.toString().toStdString() : std::string();
 }
+
+}  // namespace
+
+DefaultsValue fromVariant(const QVariant& v) { return convert(v, false); }
 
 QVariant toVariant(const DefaultsValue& v) {
   return std::visit(

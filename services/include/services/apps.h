@@ -74,8 +74,9 @@ class orvapps {
   // The icon's file, when there is one.
   std::optional<std::string> getAppIcon(const std::string& appleid) const;
 
-  // A feed's bytes as a download brought them: checked, parsed, sorted and stored (icons
-  // asked for as the entries are read). The reply's handler; the fuzz target calls it directly.
+  // A feed's bytes as a download brought them: checked, parsed, sorted and stored, then each
+  // entry's icon asked for (a refused list asks for none). The reply's handler; the fuzz target
+  // calls it directly.
   void receiveList(const std::string& bytes);
 
   // The first catalogue made in this process, while it lives; nothing in the app uses it.

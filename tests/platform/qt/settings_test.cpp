@@ -15,14 +15,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstring>
 #include <functional>
 #include <mutex>
 #include <thread>
 
+#include "platform/fake/documents.h"
 #include "platform/fake/services.h"
+#include "platform/fake/time.h"
 #include "platform/qt/settings_defaults.h"
+#include "services/apps.h"
 
 namespace zellick::test {
 
@@ -128,12 +132,15 @@ TEST(SettingsDefaults, SavesEveryTypeForAFreshReaderPastDeadLocks) {
       {"None", DefaultsArray{}, DefaultsArray{}},
       {"Dates", DefaultsArray{Date{0.5}, Date{-86400.25}},
        DefaultsArray{Date{0.5}, Date{-86400.25}}},
-      // Inside dictionaries every value keeps its type: digits stay text, integers integers.
+      // Inside dictionaries every value keeps its type: digits stay text, integers integers,
+      // text that reads as a bool or a double stays text.
       {"Entries",
        DefaultsArray{DefaultsDictionary{{"id", 7LL}, {"code", std::string("0042")}},
-                     DefaultsDictionary{{"id", -1LL}, {"code", std::string("")}}},
+                     DefaultsDictionary{{"id", -1LL}, {"code", std::string("true")}},
+                     DefaultsDictionary{{"id", 2.5}, {"code", std::string("2.5")}}},
        DefaultsArray{DefaultsDictionary{{"id", 7LL}, {"code", std::string("0042")}},
-                     DefaultsDictionary{{"id", -1LL}, {"code", std::string("")}}}},
+                     DefaultsDictionary{{"id", -1LL}, {"code", std::string("true")}},
+                     DefaultsDictionary{{"id", 2.5}, {"code", std::string("2.5")}}}},
       {"Entry", DefaultsArray{DefaultsDictionary{{"n", 2147483647LL}}},
        DefaultsArray{DefaultsDictionary{{"n", 2147483647LL}}}},
   };
@@ -488,6 +495,98 @@ TEST(SettingsDefaults, WriteCutShortKeepsOldFileAndChanges) {
     EXPECT_TRUE(d.synchronize()) << inBackground;
     EXPECT_EQ(reopen(dir, path, log)->objectForKey("Text"), DefaultsValue(std::string(8000, 'x')));
   }
+}
+
+// The catalogue refreshed on another thread (as the HTTP client's is) while the main thread
+// saves the count again and again: every file the main thread's saves leave has both, and a
+// fresh reader finds the last of each with their types (digits of an id stay text, with their
+// leading zero).
+TEST(SettingsDefaults, CatalogueRefreshedBesideTheCountKeepsBothWithTheirTypes) {
+  constexpr int kEntries = 300, kRounds = 20;
+  const auto feed = [](int round, DefaultsArray& sorted) {
+    std::string xml = "<apps>";
+    sorted.clear();
+    for (int i = 1; i <= kEntries; ++i) {
+      const std::string id = std::to_string(i), name = "App " + id + "/" + std::to_string(round),
+                        appleid = "0" + std::to_string(310000000 + i);
+      xml += "<app><appid>" + id + "</appid><appname>" + name + "</appname><appleid>" + appleid +
+             "</appleid><priority>" + std::to_string(kEntries - i) + "</priority></app>";
+      DefaultsDictionary entry;
+      entry.emplace(kAppIdKey, static_cast<long long>(i));
+      entry.emplace(kAppNameKey, name);
+      entry.emplace(kAppleIdKey, appleid);
+      entry.emplace(kPriorityKey, static_cast<long long>(kEntries - i));
+      sorted.emplace(sorted.begin(), std::move(entry));
+    }
+    return xml + "</apps>";
+  };
+  struct NoNetwork : HttpClient {
+    void send(HttpRequest, std::function<void(HttpReply)>) override {}
+  } http;
+  QTemporaryDir dir;
+  LockedLog log;
+  const QString path = dir.filePath("zellick.ini");
+  QSettingsDefaults d(path, log);
+  fake::MemoryDocuments documents;
+  fake::FakeBundle bundle({});
+  fake::VirtualTime time;
+  fake::WallClock clock(time, 1800000000);
+  fake::RecordingLog appsLog;  // the refresh thread's alone
+  orvapps apps({http, d, documents, bundle, clock, appsLog}, Configuration::shipped());
+
+  std::atomic<int> refreshed{0};
+  DefaultsArray last;
+  std::thread refresh([&] {
+    for (int round = 0; round < kRounds; ++round) {
+      apps.receiveList(feed(round, last));
+      ++refreshed;
+    }
+  });
+  const auto whole = [](const std::optional<DefaultsArray>& list) {
+    if (!list || list->size() != std::size_t(kEntries)) return false;
+    for (const DefaultsValue& e : *list) {
+      const auto* entry = std::get_if<DefaultsDictionary>(&e);
+      if (!entry || entry->size() != 4 ||
+          !std::holds_alternative<long long>(entry->at(kAppIdKey)) ||
+          !std::holds_alternative<std::string>(entry->at(kAppNameKey)) ||
+          !std::get<std::string>(entry->at(kAppleIdKey)).starts_with("0310") ||
+          !std::holds_alternative<long long>(entry->at(kPriorityKey)))
+        return false;
+    }
+    return true;
+  };
+  long long count = 0;
+  int checked = 0;
+  while (refreshed < kRounds) {
+    ++count;
+    d.setObject("Counters", DefaultsArray{count, count % 7, 0LL});
+    d.setInteger("ButtonId", 1 + count % 3);
+    if (count % 10 != 0) {
+      d.synchronizeInBackground();
+      continue;
+    }
+    const bool stored = refreshed > 0;
+    ASSERT_TRUE(d.synchronize());
+    auto fresh = reopen(dir, path, log);
+    const auto counters = fresh->arrayForKey("Counters");
+    ASSERT_TRUE(counters && intValue(counters->at(0)) == count) << count;
+    if (stored) {
+      ASSERT_TRUE(whole(fresh->arrayForKey(kMoreAppsKey))) << count;
+      ++checked;
+    }
+  }
+  refresh.join();
+  ASSERT_TRUE(d.synchronize());
+  auto fresh = reopen(dir, path, log);
+  EXPECT_EQ(fresh->arrayForKey(kMoreAppsKey), last);
+  EXPECT_EQ(fresh->integerForKey("ButtonId"), 1 + count % 3);
+  const auto counters = fresh->arrayForKey("Counters");
+  ASSERT_TRUE(counters && counters->size() == 3u);
+  EXPECT_EQ(intValue((*counters)[0]), count);
+  EXPECT_EQ(intValue((*counters)[1]), count % 7);
+  EXPECT_TRUE(std::holds_alternative<Date>(fresh->objectForKey(kLastUpdateKey).value_or(0LL)));
+  EXPECT_TRUE(log.lines().empty());
+  EXPECT_GT(checked, 0) << "the count was never saved while a list was stored";
 }
 
 }  // namespace

@@ -138,7 +138,7 @@ class QtScreen : public QObject, public Screen {
   TouchHandler ended_;
   TapCounter taps_;
   std::vector<KeyBinding> keys_;
-  std::map<std::string, QtButton*> heldKeys_;          // key down -> the button it pressed
+  std::map<std::string, QtButton*> heldKeys_;  // key down -> the button it pressed
   int covers_ = 0;
   std::function<bool(const std::string&, bool)> keysAbove_;
 

@@ -18,7 +18,9 @@ class HttpWorker;
 // caller never waits and a thousand records cost no thousand threads. `done` runs on that
 // thread. Destroying the client aborts what is in flight and never waits for a server.
 // Requests sent before start() wait for it: the network stack (and TLS) is set up then, so the
-// app's first frame does not share the processor with it.
+// app's first frame does not share the processor with it. A reply that breaks off before its
+// end fails: replies are asked for unencoded (unless a request names an encoding), since Qt
+// takes a compressed one that broke off for whole.
 class QtHttpClient : public HttpClient {
  public:
   // Started at once unless told to wait for start().

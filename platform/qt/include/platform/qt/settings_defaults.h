@@ -19,8 +19,9 @@ namespace zellick::qt {
 
 // The value as the defaults hand it out, whatever QSettings made of it on disk: integers that
 // come back as text stay text (readers parse it), the text forms of doubles ("3.25") and bools
-// ("true") turn back into them, lists become arrays (so does an invalid value, which is what an
-// empty list reads back as), maps become dictionaries, date-times become Dates. Never fails.
+// ("true") turn back into them, except inside dictionaries, which keep every value's type; lists
+// become arrays (so does an invalid value, which is what an empty list reads back as), maps
+// become dictionaries, date-times become Dates. Never fails.
 DefaultsValue fromVariant(const QVariant& v);
 // The form a value is stored in: Dates as UTC QDateTime, arrays as QVariantList, dictionaries
 // as QVariantMap (which the file keeps with every value's type, integers and text alike).

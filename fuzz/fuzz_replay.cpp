@@ -1,5 +1,8 @@
-// Replays corpus files (or every file of given folders) through the fuzz entry function,
-// so the seed corpus runs in the ordinary build.
+// Replays corpus files (or every file of given folders) through a fuzz target's entry point,
+// so its seed corpus runs in the ordinary build, with any compiler: linked with the target's
+// LLVMFuzzerTestOneInput in place of libFuzzer.
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -7,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "xml_fuzz_entry.h"
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 int main(int argc, char** argv) {
   std::vector<std::filesystem::path> files;
@@ -27,7 +30,7 @@ int main(int argc, char** argv) {
   for (const auto& f : files) {
     std::ifstream in(f, std::ios::binary);
     const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    ZXMLFuzzOne(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
   }
   std::printf("replayed %zu inputs\n", files.size());
   return 0;
