@@ -17,7 +17,8 @@ Item {
     property bool accessibleChecked: false
     property bool accessibleCheckable: false
     signal accessiblePressed()
-    Accessible.role: Accessible.Button
+    // One of a set that is in use or not (the memories) reads as a radio button.
+    Accessible.role: accessibleCheckable ? Accessible.RadioButton : Accessible.Button
     Accessible.name: accessibleName
     Accessible.checkable: accessibleCheckable
     Accessible.checked: accessibleChecked

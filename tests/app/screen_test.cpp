@@ -425,5 +425,38 @@ TEST_F(RealScreen, InfoOpensTheMoreScreenAndBackTakesItAway) {
   EXPECT_EQ(c->total, before + 1);
 }
 
+// Keys go through the same actions as touches: a held key is one press, the locks hold, a
+// question answers to Y and N, and the More screen's rows to Down, Return and Escape.
+TEST_F(RealScreen, KeysActAsTouches) {
+  QTest::keyPress(window, Qt::Key_Space);
+  QKeyEvent repeat(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, {}, true);
+  QCoreApplication::sendEvent(window, &repeat);
+  EXPECT_EQ(c->total, 1235);
+  expectLocked(true);
+  QTest::keyClick(window, Qt::Key_R);
+  EXPECT_FALSE(app->screen().questionOverlay()->isVisible()) << "Reset is locked while Add is held";
+  QTest::keyRelease(window, Qt::Key_Space);
+  expectLocked(false);
+
+  QTest::keyClick(window, Qt::Key_R);
+  QQuickItem* overlay = app->screen().questionOverlay();
+  EXPECT_TRUE(waitFor([&] { return overlay->isVisible(); }));
+  QTest::keyClick(window, Qt::Key_Up);
+  EXPECT_EQ(c->total, 1235) << "keys answer the question, nothing beneath";
+  QTest::keyClick(window, Qt::Key_N);
+  EXPECT_FALSE(overlay->isVisible());
+  EXPECT_EQ(c->total, 1235);
+
+  QTest::keyClick(window, Qt::Key_F1);
+  ASSERT_NE(app->more().screen(), nullptr);
+  events.takeNew();
+  for (Qt::Key k : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return}) QTest::keyClick(window, k);
+  EXPECT_TRUE(saw("open " + configuration.storePageUrl));
+  QTest::keyClick(window, Qt::Key_Escape);
+  EXPECT_EQ(app->more().screen(), nullptr);
+  QTest::keyClick(window, Qt::Key_Space);
+  EXPECT_EQ(c->total, 1235) << "the counter stays covered while the screen slides away";
+}
+
 }  // namespace
 }  // namespace zellick::test
