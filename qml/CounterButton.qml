@@ -12,17 +12,12 @@ Item {
     // Set once the first frame is out: the pressed picture is no part of it.
     property bool loadPressedPicture: false
 
-    // For screen readers; a press through them goes to the screen, which taps the button.
+    // What a screen reader is told; the screen gives the button its accessible node while one
+    // listens, and a press through it taps the button.
     property string accessibleName
     property bool accessibleChecked: false
     property bool accessibleCheckable: false
     signal accessiblePressed()
-    // One of a set that is in use or not (the memories) reads as a radio button.
-    Accessible.role: accessibleCheckable ? Accessible.RadioButton : Accessible.Button
-    Accessible.name: accessibleName
-    Accessible.checkable: accessibleCheckable
-    Accessible.checked: accessibleChecked
-    Accessible.onPressAction: accessiblePressed()
 
     readonly property bool pressedShown: highlighted && pressed.item !== null
                                          && pressed.item.status === Image.Ready

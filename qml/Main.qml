@@ -47,13 +47,11 @@ Window {
             objectName: "WheelWindow"
             clip: true
 
-            // The count as one text; it holds the focus, so a screen reader speaks each change.
+            // The count as one text for a screen reader; it holds the focus, so a reader speaks
+            // each change.
             property string accessibleName
             property string accessibleText
-            focus: true
-            Accessible.role: Accessible.StaticText
-            Accessible.focusable: true
-            Accessible.name: accessibleName + " " + accessibleText
+            readonly property bool accessibleFocus: true
 
             Wheel { objectName: "ImageView1"; renderScale: screen.renderScale }
             Wheel { objectName: "ImageView2"; renderScale: screen.renderScale }

@@ -83,6 +83,13 @@ QtTableView* BoundControls::tableView(const std::string& name) const {
   return find(tables_, name, log_, "table");
 }
 
+std::vector<QQuickItem*> BoundControls::clipItems() const {
+  std::vector<QQuickItem*> out;
+  for (const auto& [name, item] : clips_)
+    if (item) out.push_back(item);
+  return out;
+}
+
 QQuickItem* BoundControls::item(const std::string& name) const {
   if (auto it = buttons_.find(name); it != buttons_.end()) return it->second->item();
   if (auto it = labels_.find(name); it != labels_.end()) return it->second->item();

@@ -1,5 +1,7 @@
 #include "ui/screen.h"
 
+#include "ui/screen_reader.h"
+
 #include "ui/artwork.h"
 #include "ui/first_frame.h"
 #include "ui/glyph_label.h"
@@ -101,6 +103,16 @@ Rect QtScreen::bounds() const { return rootView_ ? rootView_->bounds() : Rect{};
 
 bool QtScreen::bind(const std::vector<ControlSpec>& controls) {
   if (!root_ || !controls_.bind(root_, controls)) return false;
+  if (!readers_) {
+    readers_ = new ScreenReaderNodes(*engine_, [this] {
+      std::vector<QQuickItem*> items;
+      for (const auto& [name, b] : controls_.buttons()) items.push_back(b->item());
+      for (const auto& [name, l] : controls_.labels()) items.push_back(l->item());
+      for (QQuickItem* clip : controls_.clipItems()) items.push_back(clip);
+      return items;
+    });
+  }
+  readers_->refresh();
   // A screen reader's press is a tap.
   for (const auto& [name, b] : controls_.buttons()) {
     if (b->item() && b->item()->metaObject()->indexOfSignal("accessiblePressed()") >= 0)

@@ -39,6 +39,7 @@ class BoundControls {
   const std::map<std::string, std::unique_ptr<QtImageView>>& images() const { return images_; }
   const std::map<std::string, std::unique_ptr<QtLabel>>& labels() const { return labels_; }
   const std::map<std::string, std::unique_ptr<QtTableView>>& tables() const { return tables_; }
+  std::vector<QQuickItem*> clipItems() const;
 
  private:
   const FontAliases& fonts_;

@@ -24,6 +24,9 @@
 #include "ui/views.h"
 
 class QKeyEvent;
+namespace zellick::ui {
+class ScreenReaderNodes;
+}
 class QQmlEngine;
 
 namespace zellick::ui {
@@ -141,6 +144,7 @@ class QtScreen : public QObject, public Screen {
   std::map<std::string, QtButton*> heldKeys_;  // key down -> the button it pressed
   int covers_ = 0;
   std::function<bool(const std::string&, bool)> keysAbove_;
+  ScreenReaderNodes* readers_ = nullptr;  // owned by the engine
 
   // The touch in progress: on a button, or on another view with its tap count.
   bool tracking_ = false;
