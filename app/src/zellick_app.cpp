@@ -14,7 +14,8 @@ namespace zellick {
 void ZellickApp::identify() {
   QCoreApplication::setOrganizationName(QStringLiteral("Zellick"));
   QCoreApplication::setApplicationName(QStringLiteral("Zellick"));
-  QCoreApplication::setApplicationVersion(QStringLiteral(ZELLICK_VERSION));
+  QCoreApplication::setApplicationVersion(
+      QString::fromStdString(Configuration::shipped().appVersion));
 }
 
 ZellickApp::ZellickApp(Environment environment, CommandLine commandLine)
