@@ -31,9 +31,11 @@ ZellickApp::ZellickApp(Environment environment, CommandLine commandLine)
 }
 
 ZellickApp::~ZellickApp() {
-  // The life cycle, the delegate and the screen go before the services they use.
+  // The life cycle, the delegate, the ad network's client and the screen go before the
+  // services they use.
   lifecycle_.reset();
   delegate_.reset();
+  adConnect_.reset();
   counter_.reset();
 }
 
@@ -45,8 +47,8 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
   defaults_ = std::make_unique<qt::QSettingsDefaults>(environment_.settingsPath, log_);
   // Records wait for the network until the first frame is out.
   http_ = std::make_unique<qt::QtHttpClient>(false);
-  tracker_ = std::make_unique<orvtracker>(orvtracker::Services{*http_, *defaults_, log_},
-                                          qt::readDeviceFacts(environment_.vendorIdFile, log_),
+  const DeviceFacts device = qt::readDeviceFacts(environment_.vendorIdFile, log_);
+  tracker_ = std::make_unique<orvtracker>(orvtracker::Services{*http_, *defaults_, log_}, device,
                                           configuration_.makerBaseUrl);
   tracker_->setSwitchedOff(commandLine_.usageRecordsOff);
   counter_ =
@@ -63,12 +65,11 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
 
   application_ = std::make_unique<qt::QtApplication>(log_);
   events_ = std::make_unique<LifecycleEvents>(counter_->notifications());
-  Log& log = log_;
+  adConnect_ = std::make_unique<AdConnect>(AdConnectServices{
+      *http_, counter_->runLoop(), counter_->notifications(), log_, device, configuration_});
   delegate_ = std::make_unique<ZellickAppDelegate>(AppDelegateServices{
       *application_, counter_->runLoop(), counter_->notifications(), *defaults_, log_,
-      counter_->screen().alerts(), *tracker_, configuration_,
-      [&log](const std::string&) { log.line("Ad network connect: not built in; nothing sent"); },
-      nullptr});
+      counter_->screen().alerts(), *tracker_, configuration_, *adConnect_, nullptr});
   delegate_->window = &counter_->window();
   delegate_->viewController = &counter_->controller();
   events_->setDelegate(delegate_.get());

@@ -114,6 +114,7 @@ std::string stateJson(Process& p, double t) {
     bands.push_back(b);
   }
   o["bands"] = bands;
+  o["adconnect"] = parsed(adConnectStateJson(p));
   return o.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
 

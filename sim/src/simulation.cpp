@@ -34,6 +34,8 @@ Process::Process(World& world)
       http_(runLoop_, world.network(), world.events()),
       tracker_({http_, world.defaults(), log_}, world.options().device,
                world.options().configuration.makerBaseUrl, world.events()),
+      adConnect_({http_, runLoop_, notifications_, log_, world.options().device,
+                  world.options().configuration}),
       application_(world.events()),
       events_(notifications_),
       screen_({0, 0, kScreenWidth, screenHeight(world)}, counterInterface(screenHeight(world)),
@@ -43,12 +45,14 @@ Process::Process(World& world)
                            screen_.alerts(), screens_,      tracker_};
   controller_ = std::make_unique<ZellickViewController>(services, counterViews(screen_));
   bindCounter(screen_, *controller_);
-  fake::EventLog& log = log_;
+  // Before the delegate's own observers, so the event comes before what they log.
+  for (const char* name : {kAdConnectSuccess, kAdConnectFailed})
+    notifications_.addObserver(name, [&events = world.events(), name] {
+      events.record(std::string("notification ") + name);
+    });
   delegate_ = std::make_unique<ZellickAppDelegate>(AppDelegateServices{
       application_, runLoop_, notifications_, world.defaults(), log_, screen_.alerts(), tracker_,
-      world.options().configuration,
-      [&log](const std::string&) { log.line("Ad network connect: not built in; nothing sent"); },
-      nullptr});
+      world.options().configuration, adConnect_, nullptr});
   delegate_->window = &window_;
   delegate_->viewController = controller_.get();
   events_.setDelegate(delegate_.get());
