@@ -1,5 +1,7 @@
-// Replays corpus files (or every file of given folders) through the fuzz entry function,
-// so the seed corpus runs in the ordinary build.
+// Replays corpus files (or every file of given folders) through the libFuzzer entry point it is
+// linked with, so a seed corpus runs in the ordinary build.
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -7,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "xml_fuzz_entry.h"
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 int main(int argc, char** argv) {
   std::vector<std::filesystem::path> files;
@@ -27,7 +29,7 @@ int main(int argc, char** argv) {
   for (const auto& f : files) {
     std::ifstream in(f, std::ios::binary);
     const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    ZXMLFuzzOne(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
   }
   std::printf("replayed %zu inputs\n", files.size());
   return 0;
