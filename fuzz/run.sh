@@ -19,5 +19,7 @@ cmake --build "$build" -j"$(nproc)" --target "$target"
 work="$build/$target-corpus"
 mkdir -p "$work" "$build/artifacts"
 export ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+dict=()
+[ -f "$here/${target%_fuzzer}.dict" ] && dict=(-dict="$here/${target%_fuzzer}.dict")
 exec "$build/fuzz/$target" -max_total_time="$seconds" -max_len=4096 -timeout=10 -rss_limit_mb=4096 \
-  -artifact_prefix="$build/artifacts/" -print_final_stats=1 "$work" "$corpus"
+  "${dict[@]}" -artifact_prefix="$build/artifacts/" -print_final_stats=1 "$work" "$corpus"
