@@ -71,34 +71,30 @@ class LoopbackProxy : public QObject {
   QTcpServer server_;
 };
 
-// Three listeners, one per host name, each with its own reply and certificate.
-standin::ServicesOptions listeners(ConnectReply primary, ConnectReply fallback) {
-  standin::ServicesOptions o;
-  o.connect = {{primary, kHosts[0]}, {fallback, kHosts[1]}, {ConnectReply::Success, kHosts[2]}};
-  return o;
-}
-
 std::string url(const char* host, int port) {
   return "https://" + std::string(host) + ":" + std::to_string(port) + "/";
 }
 
 HttpReply get(HttpClient& http, const std::string& to, std::vector<std::string> trusted) {
-  std::optional<HttpReply> got;
+  auto got = std::make_shared<std::optional<HttpReply>>();
   HttpRequest request;
   request.url = to;
   request.timeout = 10;
   request.trustedHosts = std::move(trusted);
   http.send(request,
-            [&got](HttpReply r) { QMetaObject::invokeMethod(qApp, [&got, r] { got = r; }); });
-  EXPECT_TRUE(waitFor([&] { return got.has_value(); })) << to;
-  return got.value_or(HttpReply{Status(Status::Code::Failed, "no answer"), 0, {}});
+            [got](HttpReply r) { QMetaObject::invokeMethod(qApp, [got, r] { *got = r; }); });
+  EXPECT_TRUE(waitFor([&] { return got->has_value(); })) << to;
+  return got->value_or(HttpReply{Status(Status::Code::Failed, "no answer"), 0, {}});
 }
 
 // Errors are ignored for the listed hosts only, by the name the URL gives; a third host is
 // checked as usual; a valid certificate passes for any host.
 TEST(AdConnectTls, SelfSignedCertificatesPassForTheTwoServiceHostsOnly) {
   LoopbackProxy proxy;
-  standin::ServicesServer s(listeners(ConnectReply::Success, ConnectReply::Success));
+  // One listener per host name, each with a certificate for its own name.
+  standin::ServicesServer s({.connect = {{ConnectReply::Success, kHosts[0]},
+                                         {ConnectReply::Success, kHosts[1]},
+                                         {ConnectReply::Success, kHosts[2]}}});
   ASSERT_TRUE(s.start().ok());
   const std::vector<std::string> service = {kHosts[0], kHosts[1]};
   const struct {
