@@ -1,5 +1,6 @@
 // The reply's reader: libxml2's event-driven (SAX) interface, without entities, external
 // subsets or the network, stopping at the first fatal error.
+#include <libxml/globals.h>
 #include <libxml/parser.h>
 #include <libxml/xmlerror.h>
 
@@ -8,6 +9,19 @@
 #include "adconnect/AdConnect.h"
 
 namespace zellick {
+
+namespace {
+
+// Encoding and I/O errors bypass the reader's own handler: kept off stderr while it reads.
+struct QuietGenericErrors {
+  xmlGenericErrorFunc saved = xmlGenericError;
+  void* savedContext = xmlGenericErrorContext;
+  QuietGenericErrors() { xmlSetGenericErrorFunc(nullptr, quiet); }
+  ~QuietGenericErrors() { xmlSetGenericErrorFunc(savedContext, saved); }
+  static void quiet(void*, const char*, ...) {}
+};
+
+}  // namespace
 
 class AdConnect::ReplyParser {
  public:
@@ -25,6 +39,7 @@ class AdConnect::ReplyParser {
     // Never more than the buffer holds, which is far below what an int counts.
     const int size = static_cast<int>(std::min<std::size_t>(data.size(), INT_MAX));
     const int head = std::min(size, 4);  // enough to tell the encoding
+    QuietGenericErrors quiet;
     ctxt_ = xmlCreatePushParserCtxt(&sax, this, data.data(), head, nullptr);
     if (!ctxt_) return;
     xmlCtxtUseOptions(ctxt_, XML_PARSE_NONET);
