@@ -76,7 +76,8 @@ class AdConnect {
 
   // Instance operations.
   AdConnect& initWithAppId(const std::string& appId);
-  // Filled in order up to the first value the machine lacks.
+  // Filled in order up to the first value the machine lacks. "lad", the device-integrity flag,
+  // is "1" when the app runs with root privileges, else "0".
   AdConnectParameters genericParameters() const;
   // "k=v&k=v", each key and value escaped; null: the shared instance's genericParameters.
   std::string createQueryStringFromDict(const AdConnectParameters* dict) const;
