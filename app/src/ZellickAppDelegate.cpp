@@ -4,9 +4,6 @@ namespace zellick {
 
 namespace {
 
-constexpr const char* kAdConnectSuccess = "ADC_Connect_Success";
-constexpr const char* kAdConnectFailed = "ADC_Connect_Failed";
-
 constexpr const char* kReviewTitle = "PLEASE REVIEW \nWe Appreciate Your Feedback";
 constexpr const char* kReviewBefore =
     "Would you kindly take a moment to review Zellick?\nIt won't take more than a minute. \n\n"
@@ -39,7 +36,7 @@ bool ZellickAppDelegate::applicationDidFinishLaunchingWithOptions() {
     window->setRootViewController(viewController);
     window->makeKeyAndVisible();
   }
-  if (services_.requestAdConnect) services_.requestAdConnect(services_.configuration.adAppId);
+  services_.adConnect.requestAdConnectWithAppId(services_.configuration.adAppId);
   if (services_.updateApps) services_.updateApps();
   services_.tracker.Track("Launch");
   return true;

@@ -15,7 +15,8 @@ namespace zellick {
 void ZellickApp::identify() {
   QCoreApplication::setOrganizationName(QStringLiteral("Zellick"));
   QCoreApplication::setApplicationName(QStringLiteral("Zellick"));
-  QCoreApplication::setApplicationVersion(QStringLiteral(ZELLICK_VERSION));
+  QCoreApplication::setApplicationVersion(
+      QString::fromStdString(Configuration::shipped().appVersion));
   // Shells match the window to the installed desktop entry by this name.
   QGuiApplication::setDesktopFileName(QStringLiteral(ZELLICK_APP_ID));
 }
@@ -33,9 +34,11 @@ ZellickApp::ZellickApp(Environment environment, CommandLine commandLine)
 }
 
 ZellickApp::~ZellickApp() {
-  // The life cycle, the delegate and the screen go before the services they use.
+  // The life cycle, the delegate, the ad network's client and the screen go before the
+  // services they use.
   lifecycle_.reset();
   delegate_.reset();
+  adConnect_.reset();
   counter_.reset();
 }
 
@@ -47,8 +50,8 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
   defaults_ = std::make_unique<qt::QSettingsDefaults>(environment_.settingsPath, log_);
   // Records wait for the network until the first frame is out.
   http_ = std::make_unique<qt::QtHttpClient>(false);
-  tracker_ = std::make_unique<orvtracker>(orvtracker::Services{*http_, *defaults_, log_},
-                                          qt::readDeviceFacts(environment_.vendorIdFile, log_),
+  const DeviceFacts device = qt::readDeviceFacts(environment_.vendorIdFile, log_);
+  tracker_ = std::make_unique<orvtracker>(orvtracker::Services{*http_, *defaults_, log_}, device,
                                           configuration_.makerBaseUrl);
   tracker_->setSwitchedOff(commandLine_.usageRecordsOff);
   documents_ = std::make_unique<qt::FolderDocuments>(environment_.documentsFolder);
@@ -68,12 +71,12 @@ ZellickApp::Launch ZellickApp::launch(const QVariantMap& windowProperties) {
   if (!counter_->load(options)) return Launch::Failed;
 
   events_ = std::make_unique<LifecycleEvents>(counter_->notifications());
-  Log& log = log_;
-  delegate_ = std::make_unique<ZellickAppDelegate>(AppDelegateServices{
-      *application_, counter_->runLoop(), counter_->notifications(), *defaults_, log_,
-      counter_->screen().alerts(), *tracker_, configuration_,
-      [&log](const std::string&) { log.line("Ad network connect: not built in; nothing sent"); },
-      [this] { apps_->updateApps(); }});
+  adConnect_ = std::make_unique<AdConnect>(AdConnectServices{
+      *http_, counter_->runLoop(), counter_->notifications(), log_, device, configuration_});
+  delegate_ = std::make_unique<ZellickAppDelegate>(
+      AppDelegateServices{*application_, counter_->runLoop(), counter_->notifications(), *defaults_,
+                          log_, counter_->screen().alerts(), *tracker_, configuration_, *adConnect_,
+                          [this] { apps_->updateApps(); }});
   delegate_->window = &counter_->window();
   delegate_->viewController = &counter_->controller();
   events_->setDelegate(delegate_.get());

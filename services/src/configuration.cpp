@@ -13,6 +13,7 @@ const Configuration& Configuration::shipped() {
       "3f2b9c1e-7a4d-4e8b-9c2f-1d5e6a7b8c9d",
       "https://connect.adnetwork.example/",
       "https://connect-backup.adnetwork.example/",
+      ZELLICK_VERSION,
   };
   return shipped;
 }

@@ -117,6 +117,7 @@ std::string stateJson(Process& p, double t) {
   o["bands"] = bands;
   o["accessible"] = {{"text", screen.accessibleText()}, {"checked", screen.accessibleChecked()}};
   o["more"] = moreState(p);
+  o["adconnect"] = parsed(adConnectStateJson(p));
   return o.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
 

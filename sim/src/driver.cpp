@@ -5,6 +5,7 @@
 
 #include "counter/interface.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <tuple>
 
 namespace zellick::sim {
 
@@ -232,8 +234,28 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: zellick-sim [--defaults FILE] [--screen-height H] [--device \"NAME|MODEL|SYSTEM|"
-    "VERSION|UUID\"] [SCRIPT | -]\n"
+    "VERSION|UUID\"] [--locale LOCALE] [SCRIPT | -]\n"
     "Runs the counter screen on virtual time; commands come from SCRIPT or stdin.\n";
+
+// "en_CA" (an encoding or modifier after it is dropped) gives a language and a country, "de" a
+// language alone, C and POSIX neither.
+std::optional<std::pair<std::optional<std::string>, std::optional<std::string>>> parseLocale(
+    std::string text) {
+  text = text.substr(0, text.find_first_of(".@"));
+  if (text == "C" || text == "POSIX") return std::make_pair(std::nullopt, std::nullopt);
+  const auto letters = [](const std::string& s, bool upper) {
+    return s.size() >= 2 && s.size() <= 3 && std::all_of(s.begin(), s.end(), [upper](char c) {
+             return upper ? (c >= 'A' && c <= 'Z') : (c >= 'a' && c <= 'z');
+           });
+  };
+  const auto bar = text.find('_');
+  const std::string language = text.substr(0, bar);
+  if (!letters(language, false)) return std::nullopt;
+  if (bar == std::string::npos) return std::make_pair(language, std::nullopt);
+  const std::string country = text.substr(bar + 1);
+  if (!letters(country, true)) return std::nullopt;
+  return std::make_pair(language, country);
+}
 
 bool readFile(const std::string& path, std::string& text) {
   std::ifstream f(path, std::ios::binary);
@@ -291,7 +313,19 @@ int runZellickSim(const std::vector<std::string>& args, std::istream& in, std::o
         err << "zellick-sim: --device needs \"NAME|MODEL|SYSTEM|VERSION|UUID\"\n";
         return 2;
       }
-      options.device = {parts[0], parts[1], parts[2], parts[3], parts[4]};
+      options.device.name = parts[0];
+      options.device.model = parts[1];
+      options.device.systemName = parts[2];
+      options.device.systemVersion = parts[3];
+      options.device.vendorId = parts[4];
+    } else if (a == "--locale" || a.rfind("--locale=", 0) == 0) {
+      auto v = value("--locale");
+      auto locale = v ? parseLocale(*v) : std::nullopt;
+      if (!locale) {
+        err << "zellick-sim: --locale needs LANGUAGE_COUNTRY (en_CA), LANGUAGE, C or POSIX\n";
+        return 2;
+      }
+      std::tie(options.device.languageCode, options.device.countryCode) = *locale;
     } else if (a.size() > 1 && a[0] == '-') {
       err << "zellick-sim: unknown option '" << a << "'\n" << kUsage;
       return 2;

@@ -40,6 +40,8 @@ Process::Process(World& world)
       http_(runLoop_, world.network(), world.events()),
       tracker_({http_, world.defaults(), log_}, world.options().device,
                world.options().configuration.makerBaseUrl, world.events()),
+      adConnect_({http_, runLoop_, notifications_, log_, world.options().device,
+                  world.options().configuration}),
       application_(world.events()),
       apps_({http_, world.defaults(), world.documents(), bundle_, world.clock(), log_},
             world.options().configuration),
@@ -54,12 +56,14 @@ Process::Process(World& world)
                            screen_.alerts(), screens_,      tracker_};
   controller_ = std::make_unique<ZellickViewController>(services, counterViews(screen_));
   bindCounter(screen_, *controller_);
-  fake::EventLog& log = log_;
+  // Before the delegate's own observers, so the event comes before what they log.
+  for (const char* name : {kAdConnectSuccess, kAdConnectFailed})
+    notifications_.addObserver(name, [&events = world.events(), name] {
+      events.record(std::string("notification ") + name);
+    });
   delegate_ = std::make_unique<ZellickAppDelegate>(AppDelegateServices{
       application_, runLoop_, notifications_, world.defaults(), log_, screen_.alerts(), tracker_,
-      world.options().configuration,
-      [&log](const std::string&) { log.line("Ad network connect: not built in; nothing sent"); },
-      [this] { apps_.updateApps(); }});
+      world.options().configuration, adConnect_, [this] { apps_.updateApps(); }});
   delegate_->window = &window_;
   delegate_->viewController = controller_.get();
   mail_.setAvailable(world.mailAvailable);

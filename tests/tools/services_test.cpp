@@ -169,6 +169,29 @@ TEST(ServicesTest, RecordsArriveAsSentInOrderOnStdoutInTheFileAndInMemory) {
   EXPECT_EQ(std::set<std::string>(all.begin() + 4, all.end()), burst);
 }
 
+// One HTTPS listener per reply: the primary on 127.0.0.1, the fallback on localhost.
+TEST(ServicesTest, ConnectListenersFromTheCommandLine) {
+  const std::pair<const char*, std::vector<ConnectReply>> good[] = {
+      {"success", {ConnectReply::Success}},
+      {"drop,error", {ConnectReply::Drop, ConnectReply::Error}},
+      {"huge,endless", {ConnectReply::Huge, ConnectReply::Endless}},
+      {"redirect=https://x.example/", {ConnectReply::Redirect}},
+  };
+  for (const auto& [value, replies] : good) {
+    const ParsedArgs p = parseServicesArgs({"--connect", value});
+    ASSERT_TRUE(p.status.ok()) << value;
+    ASSERT_EQ(p.options.connect.size(), replies.size()) << value;
+    for (std::size_t i = 0; i < replies.size(); ++i) {
+      EXPECT_EQ(p.options.connect[i].reply, replies[i]) << value;
+      EXPECT_EQ(p.options.connect[i].host, i ? "localhost" : "127.0.0.1");
+    }
+  }
+  EXPECT_EQ(parseServicesArgs({"--connect", "redirect=https://x.example/"}).options.connectRedirect,
+            "https://x.example/");
+  for (const char* bad : {"", "maybe", "success,", "success,error,drop", "redirect="})
+    EXPECT_FALSE(parseServicesArgs({"--connect", bad}).status.ok()) << bad;
+}
+
 TEST(ServicesTest, HeldRepliesTimeTheClientOutWhileOthersAnswerAndStopEndsThemAtOnce) {
   const std::pair<const char*, ServicesOptions> rows[] = {
       {"/apps.php?exc=1", {.hangPath = "apps.php"}},

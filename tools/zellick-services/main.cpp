@@ -33,6 +33,9 @@ int main(int argc, char** argv) {
     return 1;
   }
   std::cout << "zellick-services listening on " << server.baseUrl() << std::endl;
+  for (std::size_t i = 0; i < parsed.options.connect.size(); ++i)
+    std::cout << "zellick-services ad network " << (i ? "fallback" : "primary") << " on "
+              << server.connectUrl(i) << std::endl;
   int signal = 0;
   sigwait(&stopSignals, &signal);
   server.stop();

@@ -7,10 +7,12 @@
 #include <array>
 #include <atomic>
 #include <charconv>
+#include <cstring>
 #include <filesystem>
 #include <iterator>
 #include <ostream>
 
+#include "certificate.h"
 #include "png.h"
 
 namespace zellick::standin {
@@ -37,9 +39,39 @@ constexpr std::size_t kWorkers = 32;
 // An idle or half-sent connection is dropped after this, so stop never waits longer.
 constexpr time_t kIdleSeconds = 1;
 
-const std::array<std::string, 9> kValueOptions = {"--port",    "--feed",       "--apps",
-                                                  "--records", "--slow-icons", "--hang",
-                                                  "--cut",     "--huge-feed",  "--icon-bytes"};
+const std::array<std::string, 10> kValueOptions = {
+    "--port", "--feed", "--apps",      "--records",    "--slow-icons",
+    "--hang", "--cut",  "--huge-feed", "--icon-bytes", "--connect"};
+// The hosts the command line's connect listeners name: primary, fallback.
+const std::array<const char*, 2> kConnectHosts = {"127.0.0.1", "localhost"};
+constexpr std::size_t kHugeReplyBytes = 50'000'000;
+constexpr std::size_t kStreamChunkBytes = 4096;
+constexpr auto kEndlessPause = milliseconds(10);
+
+const char* const kConnectSuccess =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Response><Success>true</Success></Response>\n";
+const char* const kConnectError =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Response><ErrorMessage>Unknown application"
+    "</ErrorMessage></Response>\n";
+
+// "success", "error", "drop", "huge", "endless" or "redirect=URL".
+bool readConnectReply(const std::string& word, ConnectReply& reply, std::string& redirect) {
+  const std::pair<const char*, ConnectReply> names[] = {
+      {"success", ConnectReply::Success}, {"error", ConnectReply::Error},
+      {"drop", ConnectReply::Drop},       {"huge", ConnectReply::Huge},
+      {"endless", ConnectReply::Endless},
+  };
+  for (const auto& [name, r] : names) {
+    if (word == name) {
+      reply = r;
+      return true;
+    }
+  }
+  if (!word.starts_with("redirect=") || word.size() == 9) return false;
+  reply = ConnectReply::Redirect;
+  redirect = word.substr(9);
+  return true;
+}
 
 bool readInt(const std::string& text, int lo, int hi, int& out) {
   int n = 0;
@@ -205,6 +237,13 @@ std::string servicesUsage() {
          "  --cut PATH          replies for PATH announce their length, send half and close\n"
          "  --huge-feed MIB     the feed is MIB mebibytes of entries that never close, streamed\n"
          "  --icon-bytes N      each icon is filled with zero bytes up to N bytes\n"
+         "  --connect REPLY[,REPLY]\n"
+         "                      the ad network's GET connect over HTTPS (a self-signed "
+         "certificate\n"
+         "                      made at start): the primary at https://127.0.0.1:PORT/ and, with\n"
+         "                      a second REPLY, the fallback at https://localhost:PORT/; REPLY is\n"
+         "                      success, error, drop (no connection), huge (50 MB), endless or\n"
+         "                      redirect=URL\n"
          "A PATH ending in / (e.g. icons/) names every path under it.\n"
          "A line break in a record is written as \\n (\\r). SIGINT or SIGTERM stops it.\n";
 }
@@ -240,7 +279,20 @@ ParsedArgs parseServicesArgs(const std::vector<std::string>& args) {
       out.options.hugeFeedBytes = std::size_t(n) << 20;
     else if (name == "--icon-bytes" && readInt(value, 1, kMaxIconBytes, n))
       out.options.iconBytes = std::size_t(n);
-    else if (name == "--port" && readInt(value, 0, 65535, n))
+    else if (name == "--connect") {
+      out.options.connect.clear();
+      for (std::size_t from = 0; from <= value.size();) {
+        const auto comma = std::min(value.find(',', from), value.size());
+        ConnectListenerOptions listener;
+        if (out.options.connect.size() == kConnectHosts.size() ||
+            !readConnectReply(value.substr(from, comma - from), listener.reply,
+                              out.options.connectRedirect))
+          return fail("bad value for --connect: '" + value + "'");
+        listener.host = kConnectHosts[out.options.connect.size()];
+        out.options.connect.push_back(listener);
+        from = comma + 1;
+      }
+    } else if (name == "--port" && readInt(value, 0, 65535, n))
       out.options.port = n;
     else if (name == "--apps" && readInt(value, 0, kMaxApps, n)) {
       out.options.apps = n;
@@ -294,7 +346,54 @@ Status ServicesServer::start() {
   installMakerRoutes(*maker_.server);
   if (Status s = startListener(maker_, options_.port); !s.ok()) return s;
   port_ = maker_.port;
+  connect_.resize(options_.connect.size());
+  for (std::size_t i = 0; i < connect_.size(); ++i) {
+    if (Status s = startConnectListener(i); !s.ok()) return s;
+  }
   return {};
+}
+
+Status ServicesServer::startConnectListener(std::size_t i) {
+  const ConnectListenerOptions& o = options_.connect[i];
+  if (o.reply == ConnectReply::Redirect && options_.connectRedirect.empty())
+    return Status(Code::InvalidArgument, "a redirect needs somewhere to point");
+  SelfSigned made = makeSelfSigned(o.host);
+  if (!made.certificate) return Status(Code::Failed, "cannot make a certificate for " + o.host);
+  const bool drop = o.reply == ConnectReply::Drop;
+  auto server = std::make_unique<httplib::SSLServer>([&made, drop](SSL_CTX& ctx) {
+    SSL_CTX_set_min_proto_version(&ctx, TLS1_2_VERSION);
+    if (drop) {
+      // The peer sees its connection end in the middle of the handshake.
+      SSL_CTX_set_client_hello_cb(
+          &ctx,
+          [](SSL* ssl, int*, void*) {
+            ::shutdown(SSL_get_fd(ssl), SHUT_RDWR);
+            return static_cast<int>(SSL_CLIENT_HELLO_ERROR);
+          },
+          nullptr);
+    }
+    return SSL_CTX_use_certificate(&ctx, made.certificate.get()) == 1 &&
+           SSL_CTX_use_PrivateKey(&ctx, made.key.get()) == 1;
+  });
+  if (!server->is_valid()) return Status(Code::Failed, "cannot set up TLS for " + o.host);
+  connect_[i].certificatePem = made.pem;
+  configure(*server);
+  // A client that stops reading a stream holds its worker no longer than this, nor stop().
+  server->set_write_timeout(kIdleSeconds);
+  installHang(*server);
+  installConnectRoute(*server, i);
+  installLogger(*server);
+  connect_[i].server = std::move(server);
+  return startListener(connect_[i], 0);
+}
+
+std::string ServicesServer::connectUrl(std::size_t i) const {
+  return "https://" + options_.connect.at(i).host + ":" + std::to_string(connect_.at(i).port) + "/";
+}
+
+std::vector<std::string> ServicesServer::connectRequests(std::size_t i) const {
+  std::lock_guard lock(mutex_);
+  return connect_.at(i).asked;
 }
 
 Status ServicesServer::startListener(Listener& listener, int port) {
@@ -327,11 +426,13 @@ void ServicesServer::stop() {
     stopped_ = true;
   }
   stopping_.notify_all();
-  for (Listener* listener : {&maker_}) {
-    if (!listener->thread.joinable()) continue;
-    listener->server->stop();
-    listener->thread.join();
-  }
+  std::vector<Listener*> listeners = {&maker_};
+  for (Listener& l : connect_) listeners.push_back(&l);
+  // All told first, so their idle connections run out together.
+  for (Listener* listener : listeners)
+    if (listener->thread.joinable()) listener->server->stop();
+  for (Listener* listener : listeners)
+    if (listener->thread.joinable()) listener->thread.join();
 }
 
 bool ServicesServer::pause(std::optional<milliseconds> d) {
@@ -353,10 +454,8 @@ void ServicesServer::record(const std::string& body) {
   }
 }
 
-void ServicesServer::installMakerRoutes(httplib::Server& server) {
-  using httplib::Request;
-  using httplib::Response;
-  server.set_pre_routing_handler([this](const Request& req, Response& res) {
+void ServicesServer::installHang(httplib::Server& server) {
+  server.set_pre_routing_handler([this](const httplib::Request& req, httplib::Response& res) {
     if (!covers(options_.hangPath, req.path)) {
       return httplib::Server::HandlerResponse::Unhandled;
     }
@@ -364,6 +463,57 @@ void ServicesServer::installMakerRoutes(httplib::Server& server) {
     res.status = 503;
     return httplib::Server::HandlerResponse::Handled;
   });
+}
+
+void ServicesServer::installLogger(httplib::Server& server) {
+  server.set_logger([this](const httplib::Request& req, const httplib::Response& res) {
+    if (!log_) return;
+    std::lock_guard lock(mutex_);
+    *log_ << req.method << ' ' << oneLine(req.target) << ' ' << res.status << std::endl;
+  });
+}
+
+void ServicesServer::installConnectRoute(httplib::Server& server, std::size_t i) {
+  server.Get("/connect", [this, i](const httplib::Request& req, httplib::Response& res) {
+    {
+      std::lock_guard lock(mutex_);
+      connect_[i].asked.push_back(req.target);
+    }
+    // Streams stop when the client goes (a write fails) or the server stops.
+    const auto stream = [this](std::size_t offset, httplib::DataSink& sink) {
+      const std::string chunk(kStreamChunkBytes, ' ');
+      return pause(offset ? kEndlessPause : milliseconds(0)) &&
+             sink.write(chunk.data(), chunk.size());
+    };
+    switch (options_.connect[i].reply) {
+      case ConnectReply::Success: res.set_content(kConnectSuccess, "text/xml"); break;
+      case ConnectReply::Error: res.set_content(kConnectError, "text/xml"); break;
+      case ConnectReply::Drop:  // never reached: the handshake fails
+        res.status = 503;
+        break;
+      case ConnectReply::Huge:
+        res.set_content_provider(
+            kHugeReplyBytes, "text/xml",
+            [this](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
+              // A success, then blanks: read to its end, it would be one.
+              std::string chunk(std::min(length, kStreamChunkBytes), ' ');
+              if (offset == 0) chunk.replace(0, std::strlen(kConnectSuccess), kConnectSuccess);
+              return pause(milliseconds(0)) && sink.write(chunk.data(), chunk.size());
+            });
+        break;
+      case ConnectReply::Endless:
+        // Not a text type, which the library would compress into next to nothing.
+        res.set_chunked_content_provider("application/octet-stream", stream);
+        break;
+      case ConnectReply::Redirect: res.set_redirect(options_.connectRedirect); break;
+    }
+  });
+}
+
+void ServicesServer::installMakerRoutes(httplib::Server& server) {
+  using httplib::Request;
+  using httplib::Response;
+  installHang(server);
   server.Get("/apps.php", [this](const Request&, Response& res) {
     if (options_.hugeFeedBytes > 0) {
       streamHugeFeed(res, options_.hugeFeedBytes);
@@ -387,11 +537,7 @@ void ServicesServer::installMakerRoutes(httplib::Server& server) {
     record(req.body);
     res.set_content("OK", "text/plain");
   });
-  server.set_logger([this](const Request& req, const Response& res) {
-    if (!log_) return;
-    std::lock_guard lock(mutex_);
-    *log_ << req.method << ' ' << oneLine(req.target) << ' ' << res.status << std::endl;
-  });
+  installLogger(server);
 }
 
 }  // namespace zellick::standin

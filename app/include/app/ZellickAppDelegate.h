@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "adconnect/AdConnect.h"
 #include "counter/ZellickViewController.h"
 #include "platform/application.h"
 #include "platform/defaults.h"
@@ -27,8 +28,8 @@ struct AppDelegateServices {
   AlertPresenter& alerts;
   orvtracker& tracker;
   const Configuration& configuration;
-  // The ad network's connect call, with the app's id; returns at once.
-  std::function<void(const std::string& appId)> requestAdConnect;
+  // The ad network's client, asked to connect at launch; it observes become-active itself.
+  AdConnect& adConnect;
   // The catalogue of the maker's other apps, refreshed in the background when due.
   std::function<void()> updateApps;
 };

@@ -80,6 +80,8 @@ class ZellickApp {
   std::unique_ptr<qt::QtApplication> application_;
   std::unique_ptr<CounterScreen> counter_;
   std::unique_ptr<LifecycleEvents> events_;
+  // On the counter's run loop and notifications: it goes before them.
+  std::unique_ptr<AdConnect> adConnect_;
   std::unique_ptr<ZellickAppDelegate> delegate_;
   std::unique_ptr<qt::QtLifecycle> lifecycle_;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace zellick {
@@ -11,6 +12,11 @@ struct DeviceFacts {
   std::string systemName;     // the operating system's name
   std::string systemVersion;  // and version
   std::string vendorId;       // an upper-case UUID shared by the maker's apps on this machine
+  // The user's locale: its ISO 3166 country and ISO 639 language codes. A locale without a
+  // territory (C, POSIX) has no country; C and POSIX have no language either.
+  std::optional<std::string> countryCode{};
+  std::optional<std::string> languageCode{};
+  bool runsAsRoot = false;  // the app runs with root privileges (effective user id 0)
 };
 
 }  // namespace zellick

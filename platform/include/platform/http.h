@@ -17,6 +17,9 @@ struct HttpRequest {
   std::string body;
   double timeout = 60;                   // seconds until it fails as timed out
   std::size_t maxBodyBytes = 16u << 20;  // a longer reply fails as too large
+  // Hosts (exact, case-sensitive names) whose certificate chain is taken as presented when it
+  // fails the checks; every other host, a redirect's target included, is checked as usual.
+  std::vector<std::string> trustedHosts;
 };
 
 // What came back: a whole reply, whatever its status code, or a failure (no reply, or one that

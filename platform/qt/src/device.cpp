@@ -3,10 +3,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 #include <QRegularExpression>
 #include <QSaveFile>
 #include <QSysInfo>
 #include <QUuid>
+
+#include <unistd.h>
 
 namespace zellick::qt {
 
@@ -81,6 +84,12 @@ DeviceFacts readDeviceFacts(const QString& vendorIdFile, Log& log) {
   f.systemName = orUnknown(assignment(os, QStringLiteral("NAME")), "system name", log);
   f.systemVersion = orUnknown(assignment(os, QStringLiteral("VERSION_ID")), "system version", log);
   f.vendorId = vendorId(vendorIdFile, log);
+  const QLocale locale = QLocale::system();
+  if (locale.language() != QLocale::C && locale.language() != QLocale::AnyLanguage)
+    f.languageCode = QLocale::languageToCode(locale.language()).toStdString();
+  if (locale.territory() != QLocale::AnyTerritory)
+    f.countryCode = QLocale::territoryToCode(locale.territory()).toStdString();
+  f.runsAsRoot = geteuid() == 0;
   return f;
 }
 

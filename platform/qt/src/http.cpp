@@ -4,9 +4,12 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QPointer>
+#include <QSslError>
 #include <QTimer>
 
+#include <algorithm>
 #include <cmath>
+#include <map>
 #include <set>
 
 namespace zellick::qt {
@@ -32,9 +35,12 @@ bool cameWhole(QNetworkReply::NetworkError error) {
 class HttpWorker : public QObject {
  public:
   void start(HttpRequest request, std::function<void(HttpReply)> done) {
-    if (!manager_) {
-      manager_ = new QNetworkAccessManager(this);
-      manager_->setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
+    // A connection whose certificate was taken as presented is kept for requests that trust the
+    // same hosts: each list of trusted hosts has a manager, and so a connection cache, of its own.
+    QNetworkAccessManager*& manager = managers_[request.trustedHosts];
+    if (!manager) {
+      manager = new QNetworkAccessManager(this);
+      manager->setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
     }
     QNetworkRequest r{QUrl(QString::fromStdString(request.url))};
     for (const auto& [name, value] : request.headers)
@@ -44,9 +50,19 @@ class HttpWorker : public QObject {
     if (!r.hasRawHeader("Accept-Encoding")) r.setRawHeader("Accept-Encoding", "identity");
     r.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     r.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
-    QNetworkReply* reply = manager_->sendCustomRequest(r, QByteArray::fromStdString(request.method),
-                                                       QByteArray::fromStdString(request.body));
+    QNetworkReply* reply = manager->sendCustomRequest(r, QByteArray::fromStdString(request.method),
+                                                      QByteArray::fromStdString(request.body));
     inFlight_.insert(reply);
+    // Only these errors of this reply (each names its certificate, so a redirect's target is
+    // checked anew), and only while its URL names a trusted host.
+    if (!request.trustedHosts.empty()) {
+      connect(reply, &QNetworkReply::sslErrors, reply,
+              [reply, hosts = request.trustedHosts](const QList<QSslError>& errors) {
+                const std::string host = reply->url().host().toStdString();
+                if (std::find(hosts.begin(), hosts.end(), host) != hosts.end())
+                  reply->ignoreSslErrors(errors);
+              });
+    }
     auto outcome = std::make_shared<HttpReply>();
     // A reply longer than allowed is cut off, not read on.
     connect(reply, &QNetworkReply::readyRead, reply, [reply, max = request.maxBodyBytes, outcome] {
@@ -69,6 +85,7 @@ class HttpWorker : public QObject {
       reply->deleteLater();
       if (outcome->status.ok()) {
         const QVariant code = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+        // A redirect keeps its first hop's status although its target never answered.
         if (code.isValid() && cameWhole(reply->error())) {
           // Whatever the status, a reply came.
           outcome->code = code.toInt();
@@ -97,12 +114,12 @@ class HttpWorker : public QObject {
       delete reply;
     }
     inFlight_.clear();
-    delete manager_;
-    manager_ = nullptr;
+    for (auto& [hosts, manager] : managers_) delete manager;
+    managers_.clear();
   }
 
  private:
-  QNetworkAccessManager* manager_ = nullptr;
+  std::map<std::vector<std::string>, QNetworkAccessManager*> managers_;
   std::set<QNetworkReply*> inFlight_;
 };
 

@@ -19,6 +19,7 @@ struct Configuration {
   std::string adAppId;            // the app's id at the ad network
   std::string adPrimaryBaseUrl;   // the ad network's web service
   std::string adFallbackBaseUrl;  // and its second host
+  std::string appVersion;         // this build's version (the project's version)
 
   static const Configuration& shipped();
   // The shipped configuration with the server addresses replaced by those given (each may be

@@ -10,8 +10,11 @@
 
 namespace zellick::sim {
 
-// The controller's fields, the question on screen and the views, as one line of JSON.
+// The controller's fields, the question on screen, the views and the ad network client, as one
+// line of JSON.
 std::string stateJson(Process& process, double t);
+// The ad network client's part: null before its first request.
+std::string adConnectStateJson(Process& process);
 
 // Runs scenario commands, one line at a time, against a simulation. Output lines go to
 // `out`; each bad line gets one message on `err` naming its line number.

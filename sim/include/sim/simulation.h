@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "adconnect/AdConnect.h"
 #include "app/ZellickAppDelegate.h"
 #include "counter/ZellickViewController.h"
 #include "more/moreView.h"
@@ -30,8 +31,13 @@ struct SimOptions {
   double screenHeight = 480;  // logical points, at least 480; the width is always 320
   double epoch = 1.8e9;       // wall-clock seconds at virtual time 0
   // What the machine says of itself to the maker's services.
-  DeviceFacts device{"Zellick Sim", "Simulated PC", "Debian GNU/Linux", "12",
-                     "5A1C0E2B-7F3D-4E8A-9B6C-0D1E2F3A4B5C"};
+  DeviceFacts device{"Zellick Sim",
+                     "Simulated PC",
+                     "Debian GNU/Linux",
+                     "12",
+                     "5A1C0E2B-7F3D-4E8A-9B6C-0D1E2F3A4B5C",
+                     "US",
+                     "en"};
   Configuration configuration = Configuration::shipped();
   // The bundled seed list of the maker's other apps; empty: the bundle has none.
   std::string seedList = kBundledSeedList;
@@ -91,10 +97,11 @@ class World {
   UserDefaults* defaults_ = nullptr;
 };
 
-// One run of the app: its run loop, screen, services, delegate and controller. Construction
-// starts it as the app does (the delegate's launch, which shows the counter, then
-// become-active); destruction ends it without any save, and its pending timers and requests die
-// with it.
+// One run of the app: its run loop, screen, services, ad network client, delegate and
+// controller. Construction starts it as the app does (the delegate's launch, which shows the
+// counter, then become-active); destruction ends it without any save, and its pending timers and
+// requests die with it. The ad network's two notifications are recorded as
+// "notification NAME" as they are posted.
 class Process {
  public:
   explicit Process(World& world);
@@ -104,6 +111,7 @@ class Process {
 
   ZellickViewController& controller() { return *controller_; }
   ZellickAppDelegate& delegate() { return *delegate_; }
+  AdConnect& adConnect() { return adConnect_; }
   fake::VirtualRunLoop& runLoop() { return runLoop_; }
   NotificationCenter& notifications() { return notifications_; }
   fake::FakeScreen& screen() { return screen_; }
@@ -170,6 +178,7 @@ class Process {
   fake::EventLog log_;
   fake::FakeHttpClient http_;
   RecordingTracker tracker_;
+  AdConnect adConnect_;
   fake::FakeApplication application_;
   orvapps apps_;
   fake::FakeScreenHost host_;
