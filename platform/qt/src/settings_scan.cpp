@@ -268,11 +268,11 @@ class Reader {
 enum class Stream { Qt4, Qt56 };
 
 bool skipDateTime(Reader& r, Stream v) {
-  if (v == Stream::Qt4) return r.skip(9);  // date, time, spec
-  std::uint8_t spec = 0;
-  if (!r.skip(12) || !r.u8(spec)) return false;
-  if (spec == 2) return r.skip(4);  // an offset from UTC
-  if (spec != 3) return true;
+  if (v == Stream::Qt4) return r.skip(9);  // date, time, time kind
+  std::uint8_t timeKind = 0;
+  if (!r.skip(12) || !r.u8(timeKind)) return false;
+  if (timeKind == 2) return r.skip(4);  // an offset from UTC
+  if (timeKind != 3) return true;
   // A time zone: its id, or a marker and the fields of a fixed offset.
   static constexpr std::string_view kOffsetMarker("\0O\0f\0f\0s\0e\0t\0F\0r\0o\0m\0U\0t\0c", 26);
   std::string_view id;
