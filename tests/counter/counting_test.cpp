@@ -73,13 +73,5 @@ TEST_F(CounterTest, ClicksOverlapAndAddClicksOnlyWhenPressed) {
   EXPECT_THAT(only(e, "stop"), IsEmpty()) << "no click cuts another off";
 }
 
-TEST_F(CounterTest, InfoTracksThenPresentsTheMoreScreen) {
-  p().tap("ButtonInfo");
-  // The screen's own events (its log lines aside) come after the record.
-  std::vector<std::string> e = events();
-  std::erase_if(e, [](const std::string& line) { return line.find(" log ") != std::string::npos; });
-  EXPECT_THAT(e, ElementsAre("t=1 track Info", "t=1 present moreViewController"));
-}
-
 }  // namespace
 }  // namespace zellick::test

@@ -1,84 +1,34 @@
+#include <cstdio>
+#include <sstream>
+
 #include "fixture.h"
 
 namespace zellick::test {
 namespace {
 
-struct Move {
-  double dt;  // after the change
-  int wheel, digit;
-  double duration;
-};
-
 struct WheelCase {
   const char* name;
   char action;  // '+' Add, '-' Minus, 'B' memory B, which holds `to`
   int from, to;
-  std::vector<Move> moves;  // in order, follow-ups included
+  // "wheel>digit/duration" in order; the moves after "|" are the follow-ups, 0.14 s later.
+  const char* moves;
 };
 
 TEST_F(CounterTest, WheelsRollLikeAMechanicalCounter) {
   const WheelCase cases[] = {
-      {"Add0099To0100",
-       '+',
-       99,
-       100,
-       {{0, 4, 10, .15},
-        {0, 3, 10, .15},
-        {0, 2, 1, .3},
-        {.14, 4, 0, 0},
-        {.14, 4, 0, .15},
-        {.14, 3, 0, 0},
-        {.14, 3, 0, .15}}},
-      {"Minus0100To0099",
-       '-',
-       100,
-       99,
-       {{0, 4, 10, 0}, {0, 4, 9, .15}, {0, 3, 10, 0}, {0, 3, 9, .15}, {0, 2, 0, .3}}},
-      {"Add0005To0006", '+', 5, 6, {{0, 4, 6, .3}}},
-      {"Minus0001To0000IsAPlainRoll", '-', 1, 0, {{0, 4, 0, .3}}},
-      {"Switch0257To0134",
-       'B',
-       257,
-       134,
-       {{0, 4, 10, .15},
-        {0, 3, 10, .15},
-        {0, 2, 10, .15},
-        {.14, 4, 0, 0},
-        {.14, 4, 4, .15},
-        {.14, 3, 0, 0},
-        {.14, 3, 3, .15},
-        {.14, 2, 0, 0},
-        {.14, 2, 1, .15}}},
-      {"Switch0000To0900RollsDownTheStrip", 'B', 0, 900, {{0, 2, 9, .3}}},
-      {"SwitchToTheSameCountMovesNothing", 'B', 42, 42, {}},
-      {"Minus0000To9999",
-       '-',
-       0,
-       9999,
-       {{0, 4, 10, 0},
-        {0, 4, 9, .15},
-        {0, 3, 10, 0},
-        {0, 3, 9, .15},
-        {0, 2, 10, 0},
-        {0, 2, 9, .15},
-        {0, 1, 10, 0},
-        {0, 1, 9, .15}}},
-      {"Add9999To0000",
-       '+',
-       9999,
-       0,
-       {{0, 4, 10, .15},
-        {0, 3, 10, .15},
-        {0, 2, 10, .15},
-        {0, 1, 10, .15},
-        {.14, 4, 0, 0},
-        {.14, 4, 0, .15},
-        {.14, 3, 0, 0},
-        {.14, 3, 0, .15},
-        {.14, 2, 0, 0},
-        {.14, 2, 0, .15},
-        {.14, 1, 0, 0},
-        {.14, 1, 0, .15}}},
+      {"Add0099To0100", '+', 99, 100, "4>10/.15 3>10/.15 2>1/.3 | 4>0/0 4>0/.15 3>0/0 3>0/.15"},
+      {"Minus0100To0099", '-', 100, 99, "4>10/0 4>9/.15 3>10/0 3>9/.15 2>0/.3"},
+      {"Add0005To0006", '+', 5, 6, "4>6/.3"},
+      {"Minus0001To0000IsAPlainRoll", '-', 1, 0, "4>0/.3"},
+      {"Switch0257To0134", 'B', 257, 134,
+       "4>10/.15 3>10/.15 2>10/.15 | 4>0/0 4>4/.15 3>0/0 3>3/.15 2>0/0 2>1/.15"},
+      {"Switch0000To0900RollsDownTheStrip", 'B', 0, 900, "2>9/.3"},
+      {"SwitchToTheSameCountMovesNothing", 'B', 42, 42, ""},
+      {"Minus0000To9999", '-', 0, 9999,
+       "4>10/0 4>9/.15 3>10/0 3>9/.15 2>10/0 2>9/.15 1>10/0 1>9/.15"},
+      {"Add9999To0000", '+', 9999, 0,
+       "4>10/.15 3>10/.15 2>10/.15 1>10/.15 | 4>0/0 4>0/.15 3>0/0 3>0/.15 2>0/0 2>0/.15 1>0/0 "
+       "1>0/.15"},
   };
   for (const WheelCase& k : cases) {
     SCOPED_TRACE(k.name);
@@ -90,7 +40,18 @@ TEST_F(CounterTest, WheelsRollLikeAMechanicalCounter) {
 
     ASSERT_EQ(c().total, k.to);
     std::vector<std::string> want;
-    for (const Move& m : k.moves) want.push_back(move(1 + m.dt, m.wheel, m.digit, m.duration));
+    std::istringstream spec(k.moves);
+    double at = 1;
+    for (std::string m; spec >> m;) {
+      int wheel = 0, digit = 0;
+      double duration = 0;
+      if (m == "|")
+        at += .14;
+      else if (std::sscanf(m.c_str(), "%d>%d/%lf", &wheel, &digit, &duration) == 3)
+        want.push_back(move(at, wheel, digit, duration));
+      else
+        ADD_FAILURE() << "bad move " << m;
+    }
     EXPECT_THAT(events("move"), ElementsAreArray(want));
     EXPECT_FALSE(c().timer1 || c().timer2 || c().timer3 || c().timer4) << "follow-up pending";
     EXPECT_FALSE(c().IsMinusClicked) << "the next roll-over would go the Minus way";

@@ -1,7 +1,6 @@
 // The shipped artwork, font and synthesised sounds are usable as-is.
 #include <QFile>
 #include <QFontDatabase>
-#include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
 #include <QRawFont>
@@ -158,10 +157,3 @@ TEST(Sounds, EachIsARealUnclippedClickMadeAlikeEveryTime) {
 
 }  // namespace
 }  // namespace zellick::test
-
-int main(int argc, char** argv) {
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  QGuiApplication app(argc, argv);
-  ::testing::InitGoogleTest(&argc, argv);
-  return RUN_ALL_TESTS();
-}

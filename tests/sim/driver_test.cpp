@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -14,9 +13,7 @@ using namespace sim;
 
 using ::testing::AllOf;
 using ::testing::Contains;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 struct Outcome {
   int status;
@@ -39,27 +36,15 @@ std::string writeFile(const std::string& name, const std::string& text) {
   return path;
 }
 
-TEST(SimDriver, InputRecordsItsEffectsInOrder) {
-  // Comments, blank lines and Windows line ends are fine.
+// What each command does is pinned by the scenario scripts; here, the script's own syntax.
+TEST(SimDriver, CommentsBlankLinesAndWindowsLineEndsChangeNothing) {
+  const std::string plain = "events\npress ButtonAdd\nwait 0.3\nrelease ButtonAdd\nevents\n";
   Outcome r =
-      run("events\r\n# a comment\n\npress ButtonAdd  # Add goes down\nwait 0.3\nrelease ButtonAdd\n"
-          "touch LabelTimer 2\nevents\n");
+      run("events\r\n# a comment\n\npress ButtonAdd  # Add goes down\nwait 0.3\r\n"
+          "release ButtonAdd\nevents\n");
   EXPECT_EQ(r.status, 0) << r.err;
-  // Each record is sent as it is made; records and the ad network aside, the rest is the
-  // counter's, in order.
-  EXPECT_THAT(r.out, Contains(StartsWith("t=0 http POST https://www.orvanta.example/tracker.php "
-                                         "appid=17&tag=Count&device=")));
-  std::vector<std::string> own;
-  for (const std::string& line : r.out)
-    if (line.find(" http ") == std::string::npos && line.find(" log ") == std::string::npos &&
-        line.find(" notification ") == std::string::npos)
-      own.push_back(line);
-  auto from = std::find(own.begin(), own.end(), "t=0 sound Counter Click2");
-  ASSERT_GE(own.end() - from, 4);
-  EXPECT_THAT(std::vector<std::string>(from, from + 4),
-              ElementsAre("t=0 sound Counter Click2", "t=0 track Count",
-                          "t=0 move ImageView4 y=98.3 duration=0.3", "t=0.3 sound ButtonLetUp"));
-  EXPECT_THAT(r.out, Contains("t=0.3 log tapCount 2"));
+  EXPECT_EQ(r.out, run(plain).out);
+  EXPECT_THAT(r.out, Contains("t=0.3 sound ButtonLetUp"));
   EXPECT_EQ(run("events\nevents\n").out, run("events\n").out);  // only what is new
 }
 
@@ -102,50 +87,23 @@ TEST(SimDriver, BadLinesAreSkippedWithAMessageAndBadOptionsStopTheRun) {
   }
   Outcome tall = run("state\n", {"--screen-height=568"});
   ASSERT_EQ(tall.status, 0) << tall.err;
-  EXPECT_THAT(tall.out[0],
-              HasSubstr("\"bands\":[{\"x\":0,\"y\":0,\"w\":320,\"h\":54,\"color\":\"black\"},"
-                        "{\"x\":0,\"y\":514,\"w\":320,\"h\":54,\"color\":\"black\"}]"));
+  EXPECT_THAT(tall.out[0], HasSubstr("\"backgroundTopGap\":54,"));
 }
 
-TEST(SimDriver, StateListsEveryFieldInOrderAndTheQuestionOnScreen) {
-  // The question is modal: the press and the touch under it go nowhere.
+// The question is modal: the press and the touch under it go nowhere.
+TEST(SimDriver, AQuestionTakesNoInputButItsOwnButtons) {
   Outcome r =
-      run("tap ButtonReset\nwait 0.2\ntap ButtonAdd\ntouch LabelTimer 1\nstate\nanswer 1\nanswer "
-          "0\nstate\nevents\n");
+      run("tap ButtonReset\nwait 0.2\ntap ButtonAdd\ntouch LabelTimer 1\nstate\n"
+          "answer 1\nanswer 0\nstate\n");
   EXPECT_EQ(r.status, 1);  // "answer 1": the notice has one button
   EXPECT_THAT(r.err, HasSubstr("line 6: the question \"NOTICE\" has no button 1"));
-  ASSERT_GE(r.out.size(), 2u);
-  std::istringstream keys(
-      "t ButtonReset ButtonAdd ButtonA ButtonB ButtonC ButtonInfo ButtonMinus ImageView1 "
-      "ImageView2 ImageView3 "
-      "ImageView4 LabelTimer LabelAvg TimerForLabelA TimerForLabelB TimerForLabelC alertView total "
-      "value totalA "
-      "totalB totalC buttonId previousTotal previousValue remainder1 remainder2 remainder3 "
-      "remainder4 timer1 timer2 "
-      "timer3 timer4 ResetTimer player IsMinusClicked IsResetClicked Ahh Bhh Chh Amm Bmm Cmm Ass "
-      "Bss Css hh mm ss "
-      "tap totalForAvgA totalForAvgB totalForAvgC timePassed isStartedTimerA isStartedTimerB "
-      "isStartedTimerC "
-      "CounterArray TimerArray TotalForAvgArray dateOfInactive prefs isTimerA isTimerB isTimerC "
-      "baseImageView "
-      "backgroundTopGap backgroundLeftGap backgroundWidth backgroundHeight "
-      "initialPositionOfNumbers alert views");
-  std::size_t at = 0;
-  for (std::string k; keys >> k;) {
-    at = r.out[0].find((k == "t" ? "{\"" : ",\"") + k + "\":", at);
-    ASSERT_NE(at, std::string::npos) << "missing or out of order: " << k;
-  }
-  EXPECT_THAT(r.out[0], AllOf(HasSubstr("\"ButtonAdd\":\"ButtonAdd\","),
-                              HasSubstr("\"TimerForLabelA\":false,"), HasSubstr("\"total\":0,")));
-  EXPECT_THAT(
-      r.out[0],
-      HasSubstr("\"alert\":{\"title\":\"NOTICE\",\"message\":\"Counter is already reset to 0000\","
-                "\"buttons\":[\"OK\"],\"tag\":0}"));
+  ASSERT_EQ(r.out.size(), 2u);
+  EXPECT_THAT(r.out[0], AllOf(HasSubstr("\"TimerForLabelA\":false,"), HasSubstr("\"total\":0,"),
+                              HasSubstr("\"alert\":{\"title\":\"NOTICE\"")));
   EXPECT_THAT(r.out[1], HasSubstr("\"alert\":null"));
-  EXPECT_THAT(r.out, Contains("t=0.2 answer 0"));
 }
 
-TEST(SimDriver, DefaultsFileScriptFileRestartAndSleep) {
+TEST(SimDriver, DefaultsFileScriptFileAndRestart) {
   const std::string defaults = writeFile(
       "zellick_defaults.json",
       "{\"Counters\": [12, 0, 0], \"ButtonId\": 1, \"Timers\": [0,59,50, 0,0,0, 0,0,0, 1,0,0],\n"
@@ -162,12 +120,6 @@ TEST(SimDriver, DefaultsFileScriptFileRestartAndSleep) {
             "\"TapValue\":2,\"Timers\":[0,59,50,0,0,0,0,0,0,1,0,0]}");
   EXPECT_THAT(r.out[2], AllOf(HasSubstr("{\"t\":0.5,"), HasSubstr("\"total\":13,"),
                               HasSubstr("\"TimerForLabelA\":true")));
-
-  // Saved at the epoch; 3725.9 s of sleep before the activation are caught up.
-  r = run("sleep 3725.9\nactivate\nwait 0.5\nstate\n", {"--defaults=" + defaults});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_THAT(r.out.back(),
-              AllOf(HasSubstr("\"Ahh\":2,"), HasSubstr("\"Amm\":1,"), HasSubstr("\"Ass\":55,")));
 }
 
 }  // namespace
