@@ -19,7 +19,6 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::Not;
 
 // The lines whose text (after "t=T ") starts with `kind`, e.g. "move", "sound", "log".
 inline std::vector<std::string> only(const std::vector<std::string>& lines,

@@ -67,11 +67,7 @@ TEST_F(PersistenceTest, CatchUpAddsTheTimeAwayToRunningClocksOnly) {
       // 3725.9 s is 1:02:05 and a fraction; on 0:59:50 that carries into 2:01:55.
       {"WorkedExample", {0, 59, 50, 0, 0, 0, 0, 0, 30, 1, 0, 0}, 3725.9, "02:01:55", true},
       {"StartedAtZeroIsNotRestarted", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 0.5, "00:00:00", false},
-      {"CarriesAtExactlyAMinuteAndAnHour",
-       {0, 59, 55, 0, 0, 0, 0, 0, 0, 1, 0, 0},
-       3605,
-       "02:00:00",
-       true},
+      {"CarriesOnTheMinuteAndHour", {0, 59, 55, 0, 0, 0, 0, 0, 0, 1, 0, 0}, 3605, "02:00:00", true},
       {"AClockSetBack", {0, 10, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0}, -7200, "00:10:00", true},
   };
   for (const auto& k : cases) {

@@ -51,8 +51,8 @@ TEST_F(EditingTest, RemovingBorrowedAndConsumedChildren) {
   EXPECT_EQ(borrowed->XMLNode(), nullptr);
 
   ZXMLNodePtr consumed = root->childAtIndex(0);
-  ZXMLNodePtr b =
-      consumed->childAtIndex(0);  // borrowed from the subtree, first read after the removal
+  // Borrowed from the subtree, first read after the removal.
+  ZXMLNodePtr b = consumed->childAtIndex(0);
   consumed->setShouldFreeXMLNode(true);
   root->removeChild(*consumed);
   EXPECT_EQ(str(root->XMLString()), "<r xmlns=\"urn:d\" xmlns:p=\"urn:p\"><d/></r>");
@@ -83,8 +83,8 @@ TEST_F(EditingTest, GraftingResolvesPlaceholdersDeclaredInScope) {
   const Row rows[] = {
       {"<r xmlns:q='urn:p'><s/></r>", "<s><q:a/></s>", "urn:p"},  // declared with a prefix
       {"<r xmlns='urn:p'><s/></r>", "<s><a/></s>", "urn:p"},      // declared as the default
-      {"<r xmlns:q='urn:other'><s/></r>", "<s><{urn:p}:a/></s>",
-       "<nothing>"},  // not declared: kept
+      // Not declared: kept as it is.
+      {"<r xmlns:q='urn:other'><s/></r>", "<s><{urn:p}:a/></s>", "<nothing>"},
   };
   for (const auto& r : rows) {
     auto doc = parse(r.tree);
@@ -109,8 +109,7 @@ TEST_F(EditingTest, GraftingDropsRedundantDeclarationsAndRepointsTheirUsers) {
   const auto rootP = reinterpret_cast<xmlNsPtr>((*root->namespaces())[0]->XMLNode());
   EXPECT_EQ(t->ns, rootP);
   EXPECT_EQ(t->properties->ns, rootP);
-  EXPECT_NE(str(piece->XMLString()).find("xmlns:p"),
-            std::string::npos);  // the original is untouched
+  EXPECT_NE(str(piece->XMLString()).find("xmlns:p"), std::string::npos) << "the original stays";
 }
 
 TEST_F(EditingTest, NamespaceDeclarationEdits) {

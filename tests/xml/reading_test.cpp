@@ -77,8 +77,7 @@ TEST_F(ReadingTest, XMLStringIsTrimmedSerialisation) {
       {"\n\t x \n", "x"},
       {"\xC2\xA0x\xC2\xA0", "x"},                      // no-break space
       {"\xE2\x80\xA8\xC2\x85x y\xE2\x80\xA9", "x y"},  // line and paragraph separators, NEL
-      {"\xE3\x80\x80x\xE3\x80\x80y\xE2\x80\x8A",
-       "x\xE3\x80\x80y"},          // ideographic space inside is kept
+      {"\xE3\x80\x80x\xE3\x80\x80y\xE2\x80\x8A", "x\xE3\x80\x80y"},  // inner ideographic kept
       {"\x85x\xA0", "\x85x\xA0"},  // stray continuation bytes are not NEL/NBSP
       {"\xE0\x80\xA0x\xC0\xA0", "\xE0\x80\xA0x\xC0\xA0"},  // overlong spaces are malformed
   };
