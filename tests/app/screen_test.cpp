@@ -1,6 +1,5 @@
 // The real screen, offscreen, with the real controller and the real Qt views on the recording
 // services: touches go through the window as the system would send them.
-#include <QBuffer>
 #include <QColor>
 #include <QCoreApplication>
 #include <QFont>
@@ -16,6 +15,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -39,11 +39,15 @@ using namespace fake;
 using ui::frameInRoot;
 
 // Through the visual tree: the question's buttons come from a repeater, outside the QObject tree.
+void findAll(QQuickItem* from, const QString& name, std::vector<QQuickItem*>& found) {
+  if (from->objectName() == name) found.push_back(from);
+  for (QQuickItem* child : from->childItems()) findAll(child, name, found);
+}
+
 QQuickItem* find(QQuickItem* from, const QString& name) {
-  if (from->objectName() == name) return from;
-  for (QQuickItem* child : from->childItems())
-    if (QQuickItem* found = find(child, name)) return found;
-  return nullptr;
+  std::vector<QQuickItem*> found;
+  findAll(from, name, found);
+  return found.empty() ? nullptr : found.front();
 }
 
 class RealScreen : public testing::Test {
@@ -78,11 +82,25 @@ class RealScreen : public testing::Test {
         .toPoint();
   }
   QPoint background() const { return app->screen().toWindow(QPointF(5, 5)).toPoint(); }
-  // Whether `what` ("sound NAME", "track TAG") happened since the last look.
-  bool saw(const std::string& what) {
+  void click(const View& view) { QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(view)); }
+  // A click on `item` at `at` in its own coordinates (its centre when not given).
+  void click(QQuickItem* item, std::optional<QPointF> at = {}) {
+    const QPointF point = at.value_or(QPointF(item->width() / 2, item->height() / 2));
+    QTest::mouseClick(window, Qt::LeftButton, {}, item->mapToScene(point).toPoint());
+  }
+  // Lets the scene graph take up what changed, then moves the animations on by `ms`.
+  void animate(int ms) {
+    for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();
+    driver.step(ms);
+  }
+  // Whether `what` ("sound NAME", "track TAG"), and `also` if given, happened since the last look.
+  bool saw(const std::string& what, const std::string& also = {}) {
     const auto recent = events.takeNew();
-    return std::any_of(recent.begin(), recent.end(),
-                       [&](const std::string& e) { return e.ends_with(" " + what); });
+    const auto happened = [&](const std::string& w) {
+      return std::any_of(recent.begin(), recent.end(),
+                         [&](auto& e) { return e.ends_with(" " + w); });
+    };
+    return happened(what) && (also.empty() || happened(also));
   }
   double drawnY(const char* wheel) const {
     return frameInRoot(app->screen().imageView(wheel)->item(), app->screen().rootItem()).y;
@@ -144,7 +162,7 @@ TEST_F(RealScreen, AFingerOnAddCountsOnceAndRollsTheUnitsWheel) {
   EXPECT_EQ(c->total, 1235);
   expectLocked(true);
 
-  for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();
+  animate(0);
   for (int i = 0; i < 20; ++i) driver.step(50);
   EXPECT_NEAR(drawnY("ImageView4"), digitY(5), 1e-9);
   EXPECT_NEAR(drawnY("ImageView3"), digitY(3), 1e-9) << "tens digit unchanged";
@@ -238,21 +256,15 @@ TEST_F(RealScreen, DoubleTapOnTheClockAsksAndYesResetsIt) {
   ASSERT_NE(yes, nullptr);
   EXPECT_EQ(yes->property("label").toString(), "Yes");
 
-  QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonAdd));
+  click(*c->ButtonAdd);
   EXPECT_EQ(c->total, 1234) << "the screen beneath ignores touches while the question shows";
 
-  QTest::mouseClick(window, Qt::LeftButton, {},
-                    yes->mapToScene(QPointF(yes->width() / 2, yes->height() / 2)).toPoint());
+  click(yes);
   EXPECT_FALSE(overlay->isVisible());
   EXPECT_EQ(item("LabelTimer")->property("text").toString(), "00:00:00");
 
-  QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonAdd));
+  click(*c->ButtonAdd);
   EXPECT_EQ(c->total, 1235) << "touches reach the screen again";
-}
-
-void findAll(QQuickItem* from, const QString& name, std::vector<QQuickItem*>& found) {
-  if (from->objectName() == name) found.push_back(from);
-  for (QQuickItem* child : from->childItems()) findAll(child, name, found);
 }
 
 // One row of the More screen's list as drawn: its text, where it lies in the table, its pictures.
@@ -286,24 +298,20 @@ TEST_F(RealScreen, InfoOpensTheMoreScreenAndBackTakesItAway) {
   constexpr int kApps = 2000;
   const auto appleid = [](int i) { return std::to_string(600000000 + i); };
   DefaultsArray list;
-  for (int i = 0; i < kApps; ++i) {
-    DefaultsDictionary entry;
-    entry[kAppIdKey] = static_cast<long long>(i);
-    entry[kAppNameKey] = "App " + std::to_string(i);
-    entry[kAppleIdKey] = appleid(i);
-    entry[kPriorityKey] = static_cast<long long>(i);
-    list.emplace_back(std::move(entry));
+  for (long long i = 0; i < kApps; ++i) {
+    list.emplace_back(DefaultsDictionary{{kAppIdKey, i},
+                                         {kAppNameKey, "App " + std::to_string(i)},
+                                         {kAppleIdKey, appleid(i)},
+                                         {kPriorityKey, i}});
   }
   defaults.setObject(kMoreAppsKey, list);
+  const QString iconFile =
+      folder.filePath(QString::fromStdString(orvapps::iconFileName(appleid(1))));
   QImage red(114, 114, QImage::Format_RGB32);
   red.fill(Qt::red);
-  QByteArray png;
-  QBuffer buffer(&png);
-  buffer.open(QIODevice::WriteOnly);
-  ASSERT_TRUE(red.save(&buffer, "PNG"));
-  ASSERT_TRUE(documents.writeAtomically(orvapps::iconFileName(appleid(1)), png.toStdString()).ok());
+  ASSERT_TRUE(red.save(iconFile, "PNG"));
 
-  QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonInfo));
+  click(*c->ButtonInfo);
   EXPECT_TRUE(saw("track Info"));
   ASSERT_NE(app->more().screen(), nullptr);
   auto* table = dynamic_cast<ui::QtTableView*>(app->more().screen()->tableView("pTblView"));
@@ -324,9 +332,7 @@ TEST_F(RealScreen, InfoOpensTheMoreScreenAndBackTakesItAway) {
   EXPECT_EQ(rows[3].text, "App 0");
   EXPECT_EQ(rows[4].text, "App 1");
   EXPECT_EQ(rows[3].icon->property("source").toUrl(), QUrl()) << "App 0 has no icon file";
-  EXPECT_EQ(rows[4].icon->property("source").toUrl(),
-            QUrl::fromLocalFile(
-                QString::fromStdString(*documents.pathForFile(orvapps::iconFileName(appleid(1))))));
+  EXPECT_EQ(rows[4].icon->property("source").toUrl(), QUrl::fromLocalFile(iconFile));
   QQuickItem* icon = rows[4].icon;
   EXPECT_TRUE(waitFor([&] { return icon->property("status").toInt() == 1; }));
   EXPECT_EQ(table->cellForRowAtIndexPath({kAppsSection, 1})->text, "App 1");
@@ -348,19 +354,17 @@ TEST_F(RealScreen, InfoOpensTheMoreScreenAndBackTakesItAway) {
   EXPECT_GT(white, 40);
 
   const int before = c->total;
-  QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonAdd));
+  click(*c->ButtonAdd);
   EXPECT_EQ(c->total, before) << "the counter beneath takes no touches";
 
   // A tap on a feedback row opens its link; the highlight fades as the row is deselected.
   events.takeNew();
   rows = drawnRows(tableItem);
   QQuickItem* highlight = find(rows[0].body, "SelectedHighlight");
-  QTest::mouseClick(window, Qt::LeftButton, {},
-                    rows[0].body->mapToScene(QPointF(100, 22)).toPoint());
+  click(rows[0].body, QPointF(100, 22));
   EXPECT_TRUE(saw("open mailto:support@orvanta.example?subject=Zellick%20Comments"));
   EXPECT_FALSE(table->indexPathForSelectedRow());
-  for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();
-  driver.step(150);
+  animate(150);
   EXPECT_GT(highlight->opacity(), 0.1);
   EXPECT_LT(highlight->opacity(), 0.9);
   driver.step(300);
@@ -398,30 +402,21 @@ TEST_F(RealScreen, InfoOpensTheMoreScreenAndBackTakesItAway) {
   const DrawnRow& target = rows[rows.size() / 2];
   const std::string id = appleid(target.text.mid(4).toInt());
   events.takeNew();
-  QTest::mouseClick(window, Qt::LeftButton, {},
-                    target.body->mapToScene(QPointF(100, 22)).toPoint());
-  const auto recent = events.takeNew();
-  const auto happened = [&](const std::string& what) {
-    return std::any_of(recent.begin(), recent.end(),
-                       [&](const std::string& e) { return e.ends_with(" " + what); });
-  };
-  EXPECT_TRUE(happened("track " + id));
-  EXPECT_TRUE(happened("open " + apps.getAppURL(id)));
+  click(target.body, QPointF(100, 22));
+  EXPECT_TRUE(saw("track " + id, "open " + apps.getAppURL(id)));
 
   // Back: the screen slides away, then goes, and the counter takes touches again.
   QQuickItem* back = find(overlay, "BackButton");
   ASSERT_TRUE(back && back->isVisible());
-  QTest::mouseClick(window, Qt::LeftButton, {},
-                    back->mapToScene(QPointF(back->width() / 2, back->height() / 2)).toPoint());
+  click(back);
   EXPECT_EQ(app->more().screen(), nullptr);
   EXPECT_TRUE(app->screenHost().shown().empty());
-  for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();
-  driver.step(150);
+  animate(150);
   EXPECT_GT(overlay->y(), 0) << "sliding down";
   EXPECT_TRUE(overlay->isVisible());
   driver.step(300);
   EXPECT_TRUE(waitFor([&] { return overlay.isNull(); }));
-  QTest::mouseClick(window, Qt::LeftButton, {}, centreOf(*c->ButtonAdd));
+  click(*c->ButtonAdd);
   EXPECT_EQ(c->total, before + 1);
 }
 
