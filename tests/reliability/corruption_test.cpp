@@ -9,351 +9,229 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cmath>
 #include <cstdio>
-#include <functional>
 #include <map>
+#include <sstream>
 
 #include "harness.h"
-#include "platform/fake/services.h"
-#include "platform/qt/settings_defaults.h"
 
+namespace zellick::test {
 namespace {
 
-using Ints = std::vector<int>;
-
-const Ints kCounters{11, 22, 33};
-const Ints kTimers{1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0};  // no clock running: no catch-up
-const Ints kTotalForAvg{4, 5, 6};
-const int kButtonId = 2;
-const int kTapValue = 3;
-const qint64 kHostileDeadlineMs = 2000;
-
-// What the saved file must hold under a key after the app ran; nothing = the key was damaged
-// beyond a rule (a scalar of the wrong type), so only its presence is checked.
-struct Expect {
-  std::optional<Ints> ints;
-  bool extraAllowed = false;  // a long array may keep its tail
-};
-
-enum class Setup { File, Fifo, Folder };
+enum class Setup { File, Fifo, Folder, SizeLimit };
 
 struct Case {
-  const char* name;
-  std::function<QByteArray(QByteArray)> damage;
-  std::map<std::string, Expect> expect;  // keys not named here must come back as they were
-  const char* key = nullptr;             // the key damaged, looked for in the log
-  // A hostile start: what stands at the path, the file size limit the app runs under (0: none),
-  // and what its log line says.
+  std::string name;
+  std::function<QByteArray(QByteArray)> damage;  // the seeded file to what the app starts on
+  std::string key{}, expect{};                   // the damaged key and its values (kKeyRows)
+  const char* logs = nullptr;                    // a hostile start: what its log line says
   Setup setup = Setup::File;
-  rlim_t fileSizeLimit = 0;
-  const char* logs = nullptr;
-  bool hostile() const { return logs != nullptr; }
+  bool defaults = false;  // every key comes back as its default
+};
+
+// A key's line replaced (or, with no '=', dropped: "KEY missing"), and the key's values after the
+// save: "?" only asks for a number, a trailing "+" lets a long array keep its tail, "" as seeded.
+const std::pair<const char*, const char*> kKeyRows[] = {
+    {"Counters", "0 0 0"},
+    {"Counters=11, 22", "11 22 0"},
+    {"Counters=11, 22, 33, 44", "11 22 33 +"},
+    {"Counters=11, zz, 33", "11 0 33"},
+    {"Counters=hello", "0 0 0"},
+    {"Counters=@Variant(\\xff\\xff\\xff)", "0 0 0"},
+    {"Timers", "0 0 0 0 0 0 0 0 0 0 0 0"},
+    {"Timers=1, 2, 3, 4, 5, 6", "1 2 3 4 5 6 0 0 0 0 0 0"},
+    {"Timers=1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0, 77", "1 2 3 4 5 6 7 8 9 0 0 0 +"},
+    {"Timers=1, 2, 3, 4, 5, ?, 7, 8, 9, 0, 0, 0", "1 2 3 4 5 0 7 8 9 0 0 0"},
+    {"Timers=12", "0 0 0 0 0 0 0 0 0 0 0 0"},
+    {"TotalForAvg", "0 0 0"},
+    {"TotalForAvg=4, 5", "4 5 0"},
+    {"TotalForAvg=4, 5, 6, 7, 8", "4 5 6 +"},
+    {"TotalForAvg=\\x1\\x2", "0 0 0"},
+    {"ButtonId", "1"},
+    {"ButtonId=1, 2", "?"},
+    {"ButtonId=@Variant(\\0)", "?"},
+    {"TapValue", "1"},
+    {"TapValue=three", "?"},
+    {"DateOfInactive", ""},
+    {"DateOfInactive=5, 6", ""},
+    {"DateOfInactive=@DateTime(zz)", ""},
 };
 
 // The file with `key`'s line replaced by `line` (or dropped when `line` is empty).
-std::function<QByteArray(QByteArray)> setLine(const char* key, const char* line) {
-  return [key = QByteArray(key), line = QByteArray(line)](QByteArray text) {
+std::function<QByteArray(QByteArray)> setLine(const QByteArray& key, const QByteArray& line) {
+  return [=](const QByteArray& text) {
     QList<QByteArray> out;
     for (const QByteArray& l : text.split('\n')) {
-      if (l.startsWith(key + "=")) {
-        if (!line.isEmpty()) out.push_back(line);
-      } else {
+      if (!l.startsWith(key + "="))
         out.push_back(l);
-      }
+      else if (!line.isEmpty())
+        out.push_back(line);
     }
     return out.join('\n');
   };
 }
 
-std::function<QByteArray(QByteArray)> replaceAll(QByteArray with) {
-  return [with](QByteArray) { return with; };
-}
-
 std::vector<Case> cases() {
-  const Expect zeros3{Ints{0, 0, 0}};
-  const Expect zeros12{Ints(12, 0)};
-  const Expect anyScalar{};
-  std::vector<Case> c = {
-      {"Counters missing", setLine("Counters", ""), {{"Counters", zeros3}}, "Counters"},
-      {"Counters short",
-       setLine("Counters", "Counters=11, 22"),
-       {{"Counters", {Ints{11, 22, 0}}}},
-       "Counters"},
-      {"Counters long",
-       setLine("Counters", "Counters=11, 22, 33, 44"),
-       {{"Counters", {kCounters, true}}},
-       "Counters"},
-      {"Counters garbage element",
-       setLine("Counters", "Counters=11, zz, 33"),
-       {{"Counters", {Ints{11, 0, 33}}}},
-       "Counters"},
-      {"Counters wrong type",
-       setLine("Counters", "Counters=hello"),
-       {{"Counters", zeros3}},
-       "Counters"},
-      {"Counters garbage",
-       setLine("Counters", "Counters=@Variant(\\xff\\xff\\xff)"),
-       {{"Counters", zeros3}},
-       "Counters"},
-      {"Timers missing", setLine("Timers", ""), {{"Timers", zeros12}}, "Timers"},
-      {"Timers short",
-       setLine("Timers", "Timers=1, 2, 3, 4, 5, 6"),
-       {{"Timers", {Ints{1, 2, 3, 4, 5, 6, 0, 0, 0, 0, 0, 0}}}},
-       "Timers"},
-      {"Timers long",
-       setLine("Timers", "Timers=1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0, 77"),
-       {{"Timers", {kTimers, true}}},
-       "Timers"},
-      {"Timers garbage element",
-       setLine("Timers", "Timers=1, 2, 3, 4, 5, ?, 7, 8, 9, 0, 0, 0"),
-       {{"Timers", {Ints{1, 2, 3, 4, 5, 0, 7, 8, 9, 0, 0, 0}}}},
-       "Timers"},
-      {"Timers wrong type", setLine("Timers", "Timers=12"), {{"Timers", zeros12}}, "Timers"},
-      {"TotalForAvg missing", setLine("TotalForAvg", ""), {{"TotalForAvg", zeros3}}, "TotalForAvg"},
-      {"TotalForAvg short",
-       setLine("TotalForAvg", "TotalForAvg=4, 5"),
-       {{"TotalForAvg", {Ints{4, 5, 0}}}},
-       "TotalForAvg"},
-      {"TotalForAvg long",
-       setLine("TotalForAvg", "TotalForAvg=4, 5, 6, 7, 8"),
-       {{"TotalForAvg", {kTotalForAvg, true}}},
-       "TotalForAvg"},
-      {"TotalForAvg garbage",
-       setLine("TotalForAvg", "TotalForAvg=\\x1\\x2"),
-       {{"TotalForAvg", zeros3}},
-       "TotalForAvg"},
-      {"ButtonId missing", setLine("ButtonId", ""), {{"ButtonId", {Ints{1}}}}, "ButtonId"},
-      {"ButtonId wrong type",
-       setLine("ButtonId", "ButtonId=1, 2"),
-       {{"ButtonId", anyScalar}},
-       "ButtonId"},
-      {"ButtonId garbage",
-       setLine("ButtonId", "ButtonId=@Variant(\\0)"),
-       {{"ButtonId", anyScalar}},
-       "ButtonId"},
-      {"TapValue missing", setLine("TapValue", ""), {{"TapValue", {Ints{1}}}}, "TapValue"},
-      {"TapValue garbage",
-       setLine("TapValue", "TapValue=three"),
-       {{"TapValue", anyScalar}},
-       "TapValue"},
-      {"DateOfInactive missing", setLine("DateOfInactive", ""), {}, "DateOfInactive"},
-      {"DateOfInactive wrong type",
-       setLine("DateOfInactive", "DateOfInactive=5, 6"),
-       {},
-       "DateOfInactive"},
-      {"DateOfInactive garbage",
-       setLine("DateOfInactive", "DateOfInactive=@DateTime(zz)"),
-       {},
-       "DateOfInactive"},
-      {"junk lines between keys",
-       [](QByteArray t) { return t.replace("\nTapValue=", "\n=====\n\x01\x02 junk\nTapValue="); },
-       {}},
-      {"junk section at the end",
-       [](QByteArray t) { return t + "\n[[[junk\nCounters=9, 9, 9\n"; },
-       {}},
-  };
+  std::vector<Case> c;
+  for (const auto& [line, expect] : kKeyRows) {
+    const QByteArray key = QByteArray(line).split('=')[0];
+    const bool dropped = key == line;
+    c.push_back({dropped ? std::string(line) + " missing" : line, setLine(key, dropped ? "" : line),
+                 key.toStdString(), expect});
+  }
+  const auto whole = [](QByteArray bytes) { return [bytes](QByteArray) { return bytes; }; };
   QByteArray deep = "Counters=@Variant(";
   for (int i = 0; i < 50000; ++i) deep += "\\0\\0\\0\\t\\0\\0\\0\\x1";  // a list of one
   deep += "\\0\\0\\0\\x2\\0\\0\\0\\x1)";
-  Case empty{"empty file", replaceAll(""), {}};
-  Case junk{"binary junk file", replaceAll(QByteArray("\x00\xff\xfe junk\n\x7f=\x01\n", 13)), {}};
-  Case nested{"50,000 nested lists", setLine("Counters", deep), {}, "Counters"};
-  nested.logs = "moved aside to";
-  for (Case* whole : {&empty, &junk, &nested}) {
-    whole->expect = {{"Counters", zeros3},
-                     {"Timers", zeros12},
-                     {"TotalForAvg", zeros3},
-                     {"ButtonId", {Ints{1}}},
-                     {"TapValue", {Ints{1}}}};
-    c.push_back(*whole);
-  }
-  c.push_back({"FIFO", {}, {}, nullptr, Setup::Fifo, 0, "is a FIFO, not a file"});
-  c.push_back({"folder", {}, {}, nullptr, Setup::Folder, 0, "is a folder, not a file"});
-  Case limited{"file size limit", [](QByteArray t) { return t; }, {}};
-  limited.fileSizeLimit = 128;  // room for the lock file, not for the settings
-  limited.logs = "changes not saved";
-  c.push_back(limited);
+  const auto same = [](QByteArray t) { return t; };
+  c.push_back({"junk lines between keys", [](QByteArray t) {
+                 return t.replace("\nTapValue=", "\n=====\n\x01\x02 junk\nTapValue=");
+               }});
+  c.push_back({"junk section at the end",
+               [](QByteArray t) { return t + "\n[[[junk\nCounters=9, 9, 9\n"; }});
+  c.push_back({"empty file", whole(""), "", "", nullptr, Setup::File, true});
+  c.push_back({"binary junk file", whole(QByteArray("\x00\xff\xfe junk\n\x7f=\x01\n", 13)), "", "",
+               nullptr, Setup::File, true});
+  c.push_back({"50,000 nested lists", setLine("Counters", deep), "", "", "moved aside to",
+               Setup::File, true});
+  c.push_back({"FIFO", same, "", "", "is a FIFO, not a file", Setup::Fifo});
+  c.push_back({"folder", same, "", "", "is a folder, not a file", Setup::Folder});
+  c.push_back({"file size limit", same, "", "", "changes not saved", Setup::SizeLimit});
   return c;
 }
 
-QByteArray baseFile(const QTemporaryDir& dir) {
-  const QString path = dir.filePath("base.ini");
-  zellick::fake::RecordingLog log;
-  zellick::qt::QSettingsDefaults d(path, log);
-  auto array = [](const Ints& v) {
-    zellick::DefaultsArray a;
-    for (int i : v) a.emplace_back(std::in_place_type<long long>, i);
-    return a;
-  };
-  d.setObject("Counters", array(kCounters));
-  d.setObject("Timers", array(kTimers));
-  d.setObject("TotalForAvg", array(kTotalForAvg));
-  d.setInteger("ButtonId", kButtonId);
-  d.setObject("DateOfInactive", zellick::Date{1700000000.5});
-  d.setInteger("TapValue", kTapValue);
-  d.synchronize();
-  QFile f(path);
-  f.open(QIODevice::ReadOnly);
-  return f.readAll();
-}
+std::vector<std::string> run(const Case& c, const QString& appPath, const QByteArray& seed,
+                             std::string& note) {
+  std::vector<std::string> problems;
+  QTemporaryDir dir;
+  const QString folder = dir.filePath("config"), settings = folder + "/defaults.ini";
+  QDir().mkpath(folder);
+  const QByteArray prepared = c.damage(seed);
+  if (c.setup == Setup::Fifo)
+    mkfifo(QFile::encodeName(settings).constData(), 0600);
+  else if (c.setup == Setup::Folder)
+    QDir().mkpath(settings);
+  else
+    writeFile(settings, prepared);
 
-// Problems with `key` in the saved file against what was expected of it.
-void check(const zellick::UserDefaults& d, const std::string& key, const Ints& original,
-           const Expect& e, std::vector<std::string>& problems) {
-  std::vector<std::string> found;
-  Ints got;
-  if (original.size() > 1) {
-    got = zellick::test::readInts(d, key.c_str(), original.size(), found);
-    if (e.extraAllowed && got.size() > original.size()) {
-      std::erase_if(found,
-                    [](const std::string& p) { return p.find(" elements") != std::string::npos; });
-      got.resize(original.size());
-    }
+  QProcess p;
+  p.setProcessEnvironment(appEnvironment(dir, settings));
+  if (c.setup == Setup::SizeLimit) {
+    p.setChildProcessModifier([] {
+      const rlimit r{128, 128};  // room for the lock file, not for the settings
+      setrlimit(RLIMIT_FSIZE, &r);
+    });
+  }
+  const double started = QDateTime::currentMSecsSinceEpoch() / 1000.0, startedMs = monotonicMs();
+  p.start(appPath, {"--first-frame"});
+  const bool finished = p.waitForFinished(30000);
+  const double tookMs = monotonicMs() - startedMs;
+  const QByteArray err = p.readAllStandardError();
+  if (!finished) {
+    p.kill();
+    p.waitForFinished();
+    problems.push_back("the app did not quit within 30 s");
+  } else if (p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
+    problems.push_back("the app ended with status " + std::to_string(p.exitCode()));
+  } else if (c.logs && tookMs > 2000) {
+    problems.push_back("the app took " + std::to_string(tookMs) + " ms");
+  }
+  if (c.logs && !err.contains(c.logs))
+    problems.push_back(std::string("no log line says ") + c.logs);
+  if (c.logs) note = std::to_string(static_cast<int>(tookMs)) + " ms";
+
+  struct stat st {};
+  const bool statted = lstat(QFile::encodeName(settings).constData(), &st) == 0;
+  if (c.setup == Setup::Fifo || c.setup == Setup::Folder) {
+    if (!statted || (c.setup == Setup::Fifo ? !S_ISFIFO(st.st_mode) : !S_ISDIR(st.st_mode)))
+      problems.push_back("the path was replaced");
+  } else if (c.setup == Setup::SizeLimit) {
+    if (readFile(settings) != prepared)
+      problems.push_back("the file the app could not save over is not as it was");
+    // Beside it only the lock that keeps a second app off the file.
+    if (QDir(folder).entryList(QDir::Files | QDir::Hidden) !=
+        QStringList{"defaults.ini", "defaults.ini.instance"})
+      problems.push_back("files were left beside it");
   } else {
-    auto v = d.objectForKey(key);
-    if (!v || !zellick::intValue(*v)) {
-      found.push_back(key + " missing or not a number");
-    } else {
-      got = {*zellick::intValue(*v)};
+    SavedState got = readSaved(settings, dir.path());
+    const auto ints = [](const std::string& text) {
+      std::vector<int> v;
+      std::istringstream in(text);
+      for (std::string n; in >> n && n != "+";) v.push_back(std::stoi(n));
+      return v;
+    };
+    std::map<std::string, std::vector<int>> want = {{"Counters", kCounters},
+                                                    {"Timers", kTimers},
+                                                    {"TotalForAvg", kTotalForAvg},
+                                                    {"ButtonId", {kButtonId}},
+                                                    {"TapValue", {kTapValue}}};
+    if (c.defaults)
+      want = {{"Counters", {0, 0, 0}},
+              {"Timers", std::vector<int>(12, 0)},
+              {"TotalForAvg", {0, 0, 0}},
+              {"ButtonId", {1}},
+              {"TapValue", {1}}};
+    if (c.expect == "?")
+      want.erase(c.key);
+    else if (want.contains(c.key))
+      want[c.key] = ints(c.expect);
+    std::map<std::string, std::vector<int>> saved = {{"Counters", got.counters},
+                                                     {"Timers", got.timers},
+                                                     {"TotalForAvg", got.totalForAvg},
+                                                     {"ButtonId", {got.buttonId}},
+                                                     {"TapValue", {got.tapValue}}};
+    if (c.expect.ends_with("+") && saved[c.key].size() > want[c.key].size()) {
+      std::erase_if(got.problems, [](auto& p) { return p.find(" elements") != p.npos; });
+      saved[c.key].resize(want[c.key].size());
+    }
+    // A foreign section is kept by the save, as it should be.
+    std::erase_if(got.problems, [](auto& p) { return p.ends_with("the app does not read"); });
+    problems.insert(problems.end(), got.problems.begin(), got.problems.end());
+    const auto text = [](const std::vector<int>& v) {
+      std::string t;
+      for (int i : v) t += " " + std::to_string(i);
+      return t;
+    };
+    for (const auto& [key, values] : want) {
+      if (got.whole() && saved[key] != values)
+        problems.push_back(key + " is" + text(saved[key]) + ", expected" + text(values));
+    }
+    if (!got.dateOfInactive || std::fabs(got.dateOfInactive->seconds - started) > 60)
+      problems.push_back("DateOfInactive is not the time of the save");
+    if (c.logs) {
+      const QStringList aside = QDir(folder).entryList({"defaults.ini.unreadable-*"});
+      if (aside.size() != 1 || readFile(QDir(folder).filePath(aside[0])) != prepared)
+        problems.push_back("the file was not moved aside whole");
     }
   }
-  problems.insert(problems.end(), found.begin(), found.end());
-  if (!found.empty() || !e.ints) return;
-  if (got != *e.ints) {
-    std::string text = key + " is";
-    for (int i : got) text += " " + std::to_string(i);
-    text += ", expected";
-    for (int i : *e.ints) text += " " + std::to_string(i);
-    problems.push_back(text);
-  }
+  if (!problems.empty()) problems.push_back("app log:\n" + err.right(2000).toStdString());
+  return problems;
 }
 
 }  // namespace
+}  // namespace zellick::test
 
 int main(int argc, char** argv) {
-  QCoreApplication app(argc, argv);
-  QString appPath, only;
-  const QStringList args = app.arguments();
-  for (int i = 1; i + 1 < args.size(); i += 2) {
-    if (args[i] == "--app") appPath = args[i + 1];
-    if (args[i] == "--only") only = args[i + 1];
-  }
-  if (appPath.isEmpty()) {
+  using namespace zellick::test;
+  QCoreApplication qapp(argc, argv);
+  const Args args(qapp.arguments(), 1);
+  if (args.text("--app").isEmpty()) {
     std::fprintf(stderr, "usage: %s --app PATH [--only NAME]\n", argv[0]);
     return 2;
   }
-
-  QTemporaryDir dir;
-  const QByteArray base = baseFile(dir);
-  const std::map<std::string, Ints> originals = {{"Counters", kCounters},
-                                                 {"Timers", kTimers},
-                                                 {"TotalForAvg", kTotalForAvg},
-                                                 {"ButtonId", {kButtonId}},
-                                                 {"TapValue", {kTapValue}}};
-  int failed = 0, ran = 0, logged = 0;
-  for (const Case& c : cases()) {
-    if (!only.isEmpty() && only != c.name) continue;
-    ++ran;
-    const QString settings = dir.filePath(QString("case%1/defaults.ini").arg(ran));
-    QTemporaryDir home;
-    const QString folder = QFileInfo(settings).absolutePath();
-    QDir().mkpath(folder);
-    const QByteArray prepared = c.setup == Setup::File ? c.damage(base) : QByteArray();
-    if (c.setup == Setup::Fifo) {
-      mkfifo(QFile::encodeName(settings).constData(), 0600);
-    } else if (c.setup == Setup::Folder) {
-      QDir().mkpath(settings);
-    } else {
-      QFile f(settings);
-      f.open(QIODevice::WriteOnly);
-      f.write(prepared);
-      f.close();
-    }
-
-    QProcess p;
-    p.setProcessEnvironment(zellick::test::appEnvironment(home, settings));
-    if (c.fileSizeLimit) {
-      p.setChildProcessModifier([limit = c.fileSizeLimit] {
-        const rlimit r{limit, limit};
-        setrlimit(RLIMIT_FSIZE, &r);
-      });
-    }
-    const double started = QDateTime::currentMSecsSinceEpoch() / 1000.0;
-    QElapsedTimer took;
-    took.start();
-    p.start(appPath, {"--first-frame"});
-    const bool finished = p.waitForFinished(30000);
-    const qint64 tookMs = took.elapsed();
-    const QByteArray err = p.readAllStandardError();
-
-    std::vector<std::string> problems;
-    if (!finished) {
-      p.kill();
-      p.waitForFinished();
-      problems.push_back("the app did not quit within 30 s");
-    } else if (p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
-      problems.push_back("the app ended with status " + std::to_string(p.exitCode()) +
-                         (p.exitStatus() == QProcess::CrashExit ? " (crash)" : ""));
-    } else if (c.hostile() && tookMs > kHostileDeadlineMs) {
-      problems.push_back("the app took " + std::to_string(tookMs) + " ms");
-    }
-    if (c.logs && !err.contains(c.logs))
-      problems.push_back(std::string("no log line says ") + c.logs);
-    const bool mentioned = c.key && err.contains(c.key);
-    if (mentioned) ++logged;
-
-    struct stat st {};
-    const bool statted = lstat(QFile::encodeName(settings).constData(), &st) == 0;
-    if (c.setup != Setup::File) {
-      if (!statted || (c.setup == Setup::Fifo ? !S_ISFIFO(st.st_mode) : !S_ISDIR(st.st_mode)))
-        problems.push_back("the path was replaced");
-    } else if (c.fileSizeLimit) {
-      QFile saved(settings);
-      if (!saved.open(QIODevice::ReadOnly) || saved.readAll() != prepared)
-        problems.push_back("the file the app could not save over is not as it was");
-      // Beside it only the lock that keeps a second app off the file.
-      if (QDir(folder).entryList(QDir::Files | QDir::Hidden) !=
-          QStringList{"defaults.ini", "defaults.ini.instance"})
-        problems.push_back("files were left beside it");
-    } else {
-      zellick::fake::RecordingLog log;
-      zellick::qt::QSettingsDefaults d(settings, log);
-      for (const auto& [key, original] : originals) {
-        auto e = c.expect.find(key);
-        check(d, key, original, e == c.expect.end() ? Expect{original} : e->second, problems);
-      }
-      auto date = d.objectForKey("DateOfInactive");
-      if (!date || !std::holds_alternative<zellick::Date>(*date) ||
-          std::fabs(std::get<zellick::Date>(*date).seconds - started) > 60) {
-        problems.push_back("DateOfInactive is not the time of the save");
-      }
-      if (c.hostile()) {
-        const QStringList aside = QDir(folder).entryList({"defaults.ini.unreadable-*"});
-        QFile moved(aside.isEmpty() ? QString() : QDir(folder).filePath(aside[0]));
-        if (aside.size() != 1 || !moved.open(QIODevice::ReadOnly) || moved.readAll() != prepared)
-          problems.push_back("the file was not moved aside whole");
-      }
-    }
-
-    std::printf("%-28s %s%s%s\n", c.name, problems.empty() ? "ok" : "FAILED",
-                c.key ? (mentioned ? "  (logged)" : "  (no log line names the key)") : "",
-                c.hostile() ? ("  (" + std::to_string(tookMs) + " ms)").c_str() : "");
-    for (const auto& why : problems) std::printf("    %s\n", why.c_str());
-    if (!problems.empty()) {
-      ++failed;
-      std::printf("    app log:\n%s\n", err.right(2000).constData());
-    }
-  }
-  std::printf("corruption test: cases=%d passed=%d failed=%d, logged the damaged key in %d\n", ran,
-              ran - failed, failed, logged);
-  return failed == 0 && ran > 0 ? 0 : 1;
+  QTemporaryDir scratch;
+  const QByteArray seed = seededSettings(scratch.path());
+  const std::vector<Case> all = cases();
+  std::vector<std::string> names;
+  for (const Case& c : all) names.push_back(c.name);
+  return runRows("corruption test", names, args.text("--only"),
+                 [&](std::size_t i, std::string& note) {
+                   return run(all[i], args.text("--app"), seed, note);
+                 });
 }

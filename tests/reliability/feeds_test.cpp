@@ -14,9 +14,7 @@
 //   zellick_feeds_test --app PATH [--only NAME]
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QThread>
 
@@ -27,8 +25,6 @@
 #include <sstream>
 
 #include "harness.h"
-#include "platform/fake/services.h"
-#include "platform/qt/settings_defaults.h"
 #include "services/apps.h"
 #include "services_server.h"
 
@@ -47,11 +43,6 @@ const std::vector<Entry> kSeedList = {{"901", "Seed One", "900000001", "1"},
 // A good feed lists them out of order: the late one first.
 const Entry kLate{"21", "Lap Timer", "512345701", "9"};
 const Entry kEarly{"23", "Score Keeper", "512345703", "1"};
-const std::vector<int> kCounters{1234, 56, 7};
-const std::vector<int> kTimers{1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0};  // no clock running
-const std::vector<int> kTotalForAvg{4, 5, 6};
-const int kButtonId = 2, kTapValue = 3;
-
 const char* const kSettings = "config/Zellick/Zellick/defaults.ini";
 const char* const kDocuments = "data/Zellick/Zellick/Documents";
 // Lines that end the handling of a feed's reply.
@@ -218,147 +209,66 @@ bool allowed(const std::string& path, bool folder) {
          path.starts_with(caches);
 }
 
-bool wholePng(const QString& file) {
-  QFile f(file);
-  if (!f.open(QIODevice::ReadOnly)) return false;
-  const QByteArray bytes = f.readAll();
-  return bytes.startsWith("\x89PNG\r\n\x1a\n") &&
-         bytes.endsWith(QByteArray("\0\0\0\0IEND\xae\x42\x60\x82", 12));
-}
-
-QByteArray seededSettings(const QString& scratch) {
-  const QString path = QDir(scratch).filePath("seed.ini");
-  fake::RecordingLog log;
-  {
-    qt::QSettingsDefaults d(path, log);
-    const auto array = [](const std::vector<int>& v) {
-      DefaultsArray a;
-      for (int i : v) a.emplace_back(std::in_place_type<long long>, i);
-      return a;
-    };
-    d.setObject("Counters", array(kCounters));
-    d.setObject("Timers", array(kTimers));
-    d.setObject("TotalForAvg", array(kTotalForAvg));
-    d.setInteger("ButtonId", kButtonId);
-    d.setInteger("TapValue", kTapValue);
-    d.setObject("DateOfInactive", Date{1700000000.5});
-    d.setObject(kMoreAppsKey, storedList(kSeedList));
-    d.synchronize();
-  }
-  QFile f(path);
-  f.open(QIODevice::ReadOnly);
-  return f.readAll();
-}
-
-// The app's stderr as it comes, with a deadline.
-struct Running {
-  QProcess process;
-  QByteArray err;
-  void gather(int ms) {
-    process.waitForReadyRead(ms);
-    err += process.readAllStandardError();
-  }
-  bool said(const std::string& text) const { return err.contains(text.c_str()); }
-};
-
 std::vector<std::string> run(const Row& row, const QString& appPath, const QByteArray& seed,
-                             qint64& tookMs) {
+                             std::string& note) {
   std::vector<std::string> problems;
   const auto check = [&problems](bool holds, const std::string& what) {
     if (!holds) problems.push_back(what);
   };
   QTemporaryDir root;
-  const QString settings = root.filePath(kSettings);
-  const QString documents = root.filePath(kDocuments);
+  const QString settings = root.filePath(kSettings), documents = root.filePath(kDocuments);
   QDir().mkpath(QFileInfo(settings).absolutePath());
-  QFile seedFile(settings);
-  seedFile.open(QIODevice::WriteOnly);
-  seedFile.write(seed);
-  seedFile.close();
-
+  writeFile(settings, seed);
   standin::ServicesOptions modes = row.modes;
   modes.feedFile = root.filePath("feed.xml").toStdString();
   std::ofstream(*modes.feedFile, std::ios::binary) << row.feed;
   std::ostringstream requests;
   standin::ServicesServer server(modes, nullptr, &requests);
   if (Status s = server.start(); !s.ok()) return {"the stand-in did not start: " + s.toString()};
-
-  QProcessEnvironment env = appEnvironment(root, settings);
-  env.insert("ZELLICK_MAKER_URL", QString::fromStdString(server.baseUrl()));
+  const QProcessEnvironment env = appEnvironment(root, settings, server.baseUrl());
   const auto before = walk(root.path());
-
-  QElapsedTimer took;
-  took.start();
-  Running app;
-  app.process.setProcessEnvironment(env);
-  app.process.start(appPath, {"--close-on-input"});
+  QTemporaryDir logs;  // outside the home, where nothing new may appear
+  const double started = monotonicMs();
+  App app(appPath, env, {"--close-on-input"}, logs.filePath("app.log"));
+  const auto said = [&](const std::string& text) { return app.log().contains(text.c_str()); };
   std::vector<std::string> icons;  // the kept list's ids that may name a file
   for (const Entry& e : row.kept.value_or(std::vector<Entry>{}))
     if (safeId(e.appleid)) icons.push_back(e.appleid);
   const auto settled = [&] {
     for (const std::string& id : icons) {
-      if (!app.said("Icon for " + id + " ") &&
+      if (!said("Icon for " + id + " ") &&
           !QFile::exists(QDir(documents).filePath(QString::fromStdString(id) + "@2x.png")))
         return false;
     }
     return true;
   };
-  const auto handled = [&] {
-    for (const char* line : kHandled)
-      if (app.said(line)) return true;
-    return false;
-  };
-  QElapsedTimer asking;
-  while (took.elapsed() < kRunBoundMs && app.process.state() != QProcess::NotRunning) {
+  const auto handled = [&] { return std::any_of(std::begin(kHandled), std::end(kHandled), said); };
+  double asking = 0;  // since the app first asked, for a feed that gets no answer
+  while (monotonicMs() - started < kRunBoundMs && app.process.state() != QProcess::NotRunning) {
     app.gather(20);
     if (!row.answers) {
-      if (!asking.isValid() && !server.records().empty()) asking.start();
-      if (asking.isValid() && asking.elapsed() >= kNeverAnswersMs) break;
-    } else if (handled() && (row.kept ? settled() : true)) {
-      if (!row.kept) {
-        QThread::msleep(kSettleMs);
-        app.gather(0);
-      }
+      if (!asking && !server.records().empty()) asking = monotonicMs();
+      if (asking && monotonicMs() - asking >= kNeverAnswersMs) break;
+    } else if (handled() && (!row.kept || settled())) {
+      if (!row.kept) QThread::msleep(kSettleMs);
       break;
     }
   }
-  QElapsedTimer closing;
-  closing.start();
+  const double closing = monotonicMs();
   app.process.write("\n");
   app.process.closeWriteChannel();
-  const bool ended = app.process.waitForFinished(10000);
-  const qint64 closeMs = closing.elapsed();
-  tookMs = took.elapsed();
-  app.err += app.process.readAllStandardError();
-  if (!ended) {
-    app.process.kill();
-    app.process.waitForFinished();
-  }
+  const bool ended = app.end(0);  // no signal: the close above ends it
+  note = std::to_string(static_cast<int>(monotonicMs() - started)) + " ms";
+  check(monotonicMs() - closing < kCloseBoundMs, "the app took too long to close");
   server.stop();
-
-  check(ended && app.process.exitStatus() == QProcess::NormalExit && app.process.exitCode() == 0,
-        "the app did not end normally (status " + std::to_string(app.process.exitCode()) + ")");
-  check(closeMs < kCloseBoundMs, "the app took " + std::to_string(closeMs) + " ms to close");
+  check(ended && app.endedNormally(), "the app did not end normally");
   check(row.answers ? handled() : !handled(), "the feed's reply was not handled as it came");
-  check(row.logs.empty() || app.said(row.logs), "no log line says \"" + row.logs + "\"");
-
+  check(row.logs.empty() || said(row.logs), "no log line says \"" + row.logs + "\"");
   const SavedState saved = readSaved(settings, root.path());
-  check(saved.whole() && saved.counters == kCounters && saved.timers == kTimers &&
-            saved.totalForAvg == kTotalForAvg && saved.buttonId == kButtonId &&
-            saved.tapValue == kTapValue,
-        "the count is not intact");
-  {
-    const QString copy = root.filePath("read.ini");
-    QFile::copy(settings, copy);
-    fake::RecordingLog log;
-    qt::QSettingsDefaults d(copy, log);
-    const auto list = d.arrayForKey(kMoreAppsKey);
-    check(list && *list == storedList(row.kept.value_or(kSeedList)),
-          row.kept ? "the kept entries are not the list stored" : "the last good list is gone");
-    check(d.objectForKey(kLastUpdateKey).has_value() == row.kept.has_value(),
-          "the time of the last refresh is wrong");
-    QFile::remove(copy);
-  }
+  check(saved.holdsSeed(), "the count is not intact");
+  check(saved.catalogue == storedList(row.kept.value_or(kSeedList)),
+        row.kept ? "the kept entries are not the list stored" : "the last good list is gone");
+  check(saved.refreshed == row.kept.has_value(), "the time of the last refresh is wrong");
 
   const auto after = walk(root.path());
   for (const auto& [path, what] : after) {
@@ -381,16 +291,19 @@ std::vector<std::string> run(const Row& row, const QString& appPath, const QByte
       QDir(documents).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
   check(got == want, "the documents hold " + got.join(' ').toStdString() + ", not " +
                          want.join(' ').toStdString());
-  for (const QString& file : got)
-    check(wholePng(QDir(documents).filePath(file)), file.toStdString() + " is not a whole PNG");
-
+  for (const QString& file : got) {
+    const QByteArray png = readFile(QDir(documents).filePath(file));
+    check(png.startsWith("\x89PNG\r\n\x1a\n") &&
+              png.endsWith(QByteArray("\0\0\0\0IEND\xae\x42\x60\x82", 12)),
+          file.toStdString() + " is not a whole PNG");
+  }
   static const QRegularExpression asked(
       R"(^[A-Z]+ /(apps\.php\?exc=[0-9]*|tracker\.php|icons/[0-9]{1,20}\.png) [0-9]+$)");
   std::istringstream lines(requests.str());
   for (std::string line; std::getline(lines, line);)
     check(asked.match(QString::fromStdString(line)).hasMatch(), "the app asked for " + line);
-
-  if (!problems.empty()) problems.push_back("app log (end):\n" + app.err.right(1500).toStdString());
+  if (!problems.empty())
+    problems.push_back("app log (end):\n" + app.log().right(1500).toStdString());
   return problems;
 }
 
@@ -398,32 +311,20 @@ std::vector<std::string> run(const Row& row, const QString& appPath, const QByte
 }  // namespace zellick::test
 
 int main(int argc, char** argv) {
+  using namespace zellick;
   using namespace zellick::test;
   QCoreApplication qapp(argc, argv);
-  QString appPath, only;
-  const QStringList args = qapp.arguments();
-  for (int i = 1; i + 1 < args.size(); i += 2) {
-    if (args[i] == "--app") appPath = args[i + 1];
-    if (args[i] == "--only") only = args[i + 1];
-  }
-  if (appPath.isEmpty()) {
+  const Args args(qapp.arguments(), 1);
+  if (args.text("--app").isEmpty()) {
     std::fprintf(stderr, "usage: %s --app PATH [--only NAME]\n", argv[0]);
     return 2;
   }
   QTemporaryDir scratch;
-  const QByteArray seed = seededSettings(scratch.path());
-  int ran = 0, failed = 0;
-  for (const Row& row : rows()) {
-    if (!only.isEmpty() && only.toStdString() != row.name) continue;
-    ++ran;
-    qint64 tookMs = 0;
-    const auto problems = run(row, appPath, seed, tookMs);
-    std::printf("%-28s %s  (%lld ms)\n", row.name.c_str(), problems.empty() ? "ok" : "FAILED",
-                static_cast<long long>(tookMs));
-    for (const std::string& p : problems) std::printf("    %s\n", p.c_str());
-    std::fflush(stdout);
-    failed += !problems.empty();
-  }
-  std::printf("feeds test: rows=%d passed=%d failed=%d\n", ran, ran - failed, failed);
-  return failed == 0 && ran > 0 ? 0 : 1;
+  const QByteArray seed = seededSettings(scratch.path(), {{kMoreAppsKey, storedList(kSeedList)}});
+  const std::vector<Row> all = rows();
+  std::vector<std::string> names;
+  for (const Row& row : all) names.push_back(row.name);
+  return runRows("feeds test", names, args.text("--only"), [&](std::size_t i, std::string& note) {
+    return run(all[i], args.text("--app"), seed, note);
+  });
 }

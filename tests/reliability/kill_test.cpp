@@ -8,8 +8,6 @@
 // With term, int, hup or quit the app must end normally after one more save of the state it had:
 // the count on disk is then exactly the last one it reported.
 #include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QProcess>
 #include <QThread>
 
 #include <csignal>
@@ -18,172 +16,93 @@
 
 #include "harness.h"
 
-namespace {
-
-struct Options {
-  QString app;
-  int kills = 200;
-  unsigned seed = std::random_device{}();
-  bool fromStart = false;  // measure the delay from the start of the process, not its first save
-  int signal = SIGKILL;
-};
-
-bool parse(const QStringList& args, Options& o) {
-  for (int i = 1; i < args.size(); ++i) {
-    const bool more = i + 1 < args.size();
-    if (args[i] == "--app" && more) {
-      o.app = args[++i];
-    } else if (args[i] == "--kills" && more) {
-      o.kills = args[++i].toInt();
-    } else if (args[i] == "--seed" && more) {
-      o.seed = args[++i].toUInt();
-    } else if (args[i] == "--from" && more) {
-      o.fromStart = args[++i] == "start";
-    } else if (args[i] == "--signal" && more) {
-      const QString s = args[++i];
-      o.signal = s == "term"   ? SIGTERM
-                 : s == "int"  ? SIGINT
-                 : s == "hup"  ? SIGHUP
-                 : s == "quit" ? SIGQUIT
-                               : SIGKILL;
-    } else {
-      return false;
-    }
-  }
-  return !o.app.isEmpty() && o.kills > 0;
-}
-
-// The counts the stress loop reported as saved, in order.
-std::vector<int> savedTotals(const QByteArray& out) {
-  std::vector<int> totals;
-  for (const QByteArray& line : out.split('\n')) {
-    int n = 0;
-    if (std::sscanf(line.constData(), "stress: saved total %d", &n) == 1) totals.push_back(n);
-  }
-  return totals;
-}
-
-// Steps forward from `from` to `to` on the four-digit wheel.
-int stepsBetween(int from, int to) { return ((to - from) % 10000 + 10000) % 10000; }
-
-int currentCount(const zellick::test::SavedState& s) {
-  const int memory = s.buttonId >= 1 && s.buttonId <= 3 ? s.buttonId - 1 : 2;
-  return s.counters.size() == 3 ? s.counters[memory] : -1;
-}
-
-}  // namespace
+using namespace zellick::test;
 
 int main(int argc, char** argv) {
-  QCoreApplication app(argc, argv);
-  Options o;
-  if (!parse(app.arguments(), o)) {
+  QCoreApplication qapp(argc, argv);
+  const Args args(qapp.arguments(), 1);
+  const int kills = static_cast<int>(args.number("--kills", 200));
+  const unsigned seed = static_cast<unsigned>(args.number("--seed", std::random_device{}()));
+  // Measure the delay from the start of the process, not from its first save.
+  const bool fromStart = args.text("--from") == "start";
+  const std::map<QString, int> byName = {{"", SIGKILL},   {"kill", SIGKILL}, {"term", SIGTERM},
+                                         {"int", SIGINT}, {"hup", SIGHUP},   {"quit", SIGQUIT}};
+  const auto signal = byName.find(args.text("--signal"));
+  if (args.text("--app").isEmpty() || kills <= 0 || signal == byName.end()) {
     std::fprintf(stderr,
                  "usage: %s --app PATH [--kills N] [--seed N] [--from first-save|start] [--signal "
                  "kill|term|int|hup|quit]\n",
                  argv[0]);
     return 2;
   }
-  std::mt19937 rng(o.seed);
+  const int signo = signal->second;
+  std::mt19937 rng(seed);
   std::uniform_int_distribution<int> delayMs(50, 400);
 
   QTemporaryDir dir;
   const QString settings = dir.filePath("config/Zellick/defaults.ini");
-  const QProcessEnvironment env = zellick::test::appEnvironment(dir, settings);
-
-  int whole = 0, torn = 0, wrongCount = 0, died = 0, hung = 0, before = 0, after = 0, unsaved = 0;
+  const QProcessEnvironment env = appEnvironment(dir, settings);
+  int whole = 0, failed = 0, before = 0, after = 0, unsaved = 0;
   long long saves = 0;
   std::optional<int> previous;  // the count on disk when this run started
-  QElapsedTimer clock;
-  clock.start();
+  const double started = monotonicMs();
+  const auto fail = [&failed](int kill, const std::string& why) {
+    ++failed;
+    std::fprintf(stderr, "kill %d: %s\n", kill, why.c_str());
+  };
 
-  for (int kill = 1; kill <= o.kills; ++kill) {
-    QProcess p;
-    p.setProcessEnvironment(env);
-    p.setStandardErrorFile(dir.filePath("app-stderr.log"));
-    p.start(o.app, {"--stress-loop", "0"});
-    if (!p.waitForStarted(10000)) {
-      std::fprintf(stderr, "kill %d: the app did not start: %s\n", kill,
-                   qPrintable(p.errorString()));
-      return 1;
-    }
-    QByteArray out;
-    if (!o.fromStart) {
-      QElapsedTimer wait;
-      wait.start();
-      while (!out.contains("stress: saved") && p.state() == QProcess::Running &&
-             wait.elapsed() < 20000) {
-        p.waitForReadyRead(100);
-        out += p.readAllStandardOutput();
-      }
-      if (!out.contains("stress: saved")) {
-        ++hung;
-        std::fprintf(stderr, "kill %d: no save reported %.1f s after the start\n", kill,
-                     wait.elapsed() / 1000.0);
-      }
-    }
+  for (int kill = 1; kill <= kills; ++kill) {
+    App app(args.text("--app"), env, {"--stress-loop", "0"}, dir.filePath("app-stderr.log"));
+    if (app.process.state() != QProcess::Running) return 1;
+    if (!fromStart && !app.waitFor("stress: saved", 20000)) fail(kill, "no save within 20 s");
     QThread::msleep(delayMs(rng));
-    if (p.state() != QProcess::Running) {
-      ++died;
-      std::fprintf(stderr, "kill %d: the app ended by itself (exit %d)\n", kill, p.exitCode());
-    }
-    ::kill(static_cast<pid_t>(p.processId()), o.signal);
-    if (!p.waitForFinished(10000)) {
-      ++died;
-      std::fprintf(stderr, "kill %d: the app did not end on the signal\n", kill);
-      p.kill();
-      p.waitForFinished();
-    } else if (o.signal != SIGKILL &&
-               (p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0)) {
-      ++died;
-      std::fprintf(stderr, "kill %d: the app did not end normally on the signal\n", kill);
-    }
-    out += p.readAllStandardOutput();
+    if (app.process.state() != QProcess::Running) fail(kill, "the app ended by itself");
+    if (!app.end(signo))
+      fail(kill, "the app did not end on the signal");
+    else if (signo != SIGKILL && !app.endedNormally())
+      fail(kill, "the app did not end normally on the signal");
 
-    const std::vector<int> totals = savedTotals(out);
+    // The counts the stress loop reported as saved, in order.
+    std::vector<int> totals;
+    for (const QByteArray& line : app.out.split('\n')) {
+      int n = 0;
+      if (std::sscanf(line.constData(), "stress: saved total %d", &n) == 1) totals.push_back(n);
+    }
     saves += static_cast<long long>(totals.size());
-    const zellick::test::SavedState s = zellick::test::readSaved(settings, dir.path());
+    const SavedState s = readSaved(settings, dir.path());
     if (!s.present) {
       // Only allowed while nothing was ever confirmed saved.
-      if (!totals.empty() || previous) {
-        ++torn;
-        std::fprintf(stderr, "kill %d: the settings file is gone\n", kill);
-      } else {
-        ++unsaved;
-      }
+      if (!totals.empty() || previous) fail(kill, "the settings file is gone");
+      unsaved += totals.empty() && !previous;
       continue;
     }
     if (!s.whole()) {
-      ++torn;
-      std::fprintf(stderr, "kill %d: torn read:", kill);
-      for (const auto& why : s.problems) std::fprintf(stderr, " [%s]", why.c_str());
-      std::fprintf(stderr, "\n");
+      std::string why = "torn read:";
+      for (const auto& p : s.problems) why += " [" + p + "]";
+      fail(kill, why);
       continue;
     }
     ++whole;
-    const int count = currentCount(s);
+    const int memory = s.buttonId >= 1 && s.buttonId <= 3 ? s.buttonId - 1 : 2;
+    const int count = s.counters[memory];
     const int reference = !totals.empty() ? totals.back() : previous.value_or(0);
-    const int steps = stepsBetween(reference, count);
+    const int steps = ((count - reference) % 10000 + 10000) % 10000;  // forward on the wheels
     if (steps == 0) {
       ++before;
-    } else if (steps <= 5 && o.signal == SIGKILL) {
+    } else if (steps <= 5 && signo == SIGKILL) {
       ++after;
     } else {
-      ++wrongCount;
-      std::fprintf(stderr, "kill %d: saved count %d, last confirmed %d (%zu saves this run)\n",
-                   kill, count, reference, totals.size());
+      fail(kill, "saved count " + std::to_string(count) + ", last confirmed " +
+                     std::to_string(reference));
     }
-    if (totals.empty()) ++unsaved;
+    unsaved += totals.empty();
     previous = count;
   }
-
-  const double seconds = clock.elapsed() / 1000.0;
   std::printf(
-      "kill test (signal %d): kills=%d whole=%d torn=%d wrong-count=%d ended-early=%d "
-      "no-save-in-20s=%d | state before save=%d "
-      "after save=%d, runs killed before their first save=%d, confirmed saves=%lld | %.1f s, seed "
-      "%u, "
-      "delay 50-400 ms from %s\n",
-      o.signal, o.kills, whole, torn, wrongCount, died, hung, before, after, unsaved, saves,
-      seconds, o.seed, o.fromStart ? "process start" : "first save");
-  return torn == 0 && wrongCount == 0 && died == 0 && hung == 0 ? 0 : 1;
+      "kill test (signal %d): kills=%d whole=%d failed=%d | state before save=%d after save=%d, "
+      "runs killed before their first save=%d, confirmed saves=%lld | %.1f s, seed %u, delay "
+      "50-400 ms from %s\n",
+      signo, kills, whole, failed, before, after, unsaved, saves,
+      (monotonicMs() - started) / 1000.0, seed, fromStart ? "process start" : "first save");
+  return failed == 0 ? 0 : 1;
 }

@@ -23,20 +23,17 @@
 // APP is zellick_reliability_app. Exit status 0 when every check held.
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
-#include <QProcess>
+#include <QImage>
 #include <QRegularExpression>
-#include <QSize>
 #include <QThread>
 
 #include <signal.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <optional>
+#include <map>
 #include <random>
 #include <sstream>
 
@@ -46,19 +43,22 @@
 namespace zellick::test {
 namespace {
 
-double monotonicMs() {
-  timespec t{};
-  clock_gettime(CLOCK_MONOTONIC, &t);
-  return static_cast<double>(t.tv_sec) * 1000.0 + static_cast<double>(t.tv_nsec) / 1e6;
-}
-
+// What the command line set, with the defaults.
 struct Options {
+  explicit Options(const Args& a)
+      : app(a.text("--app")),
+        kills(static_cast<int>(a.number("--kills", 200))),
+        seed(static_cast<unsigned>(a.number("--seed", std::random_device{}()))),
+        seconds(a.number("--seconds", 600)),
+        stopAt(a.number("--stop-at", 20)),
+        stopFor(a.number("--stop-for", 10)),
+        load(static_cast<int>(a.number("--load", 2))),
+        presses(static_cast<int>(a.number("--presses", 1000))) {}
   QString app;
-  int kills = 200;
-  unsigned seed = std::random_device{}();
-  double seconds = 600, stopAt = 20, stopFor = 10;
-  int load = 2;
-  int presses = 1000;
+  int kills;
+  unsigned seed;
+  double seconds, stopAt, stopFor;
+  int load, presses;
 };
 
 // One line the app printed: "<what> N at MS".
@@ -76,41 +76,6 @@ std::vector<Report> reports(const QByteArray& out, const char* what) {
   return found;
 }
 
-// The app under test, its output gathered as it comes.
-struct App {
-  QProcess process;
-  QByteArray out;
-
-  App(const Options& o, const QProcessEnvironment& env, const QString& mode, const QString& log,
-      QStringList more = {}) {
-    process.setProcessEnvironment(env);
-    process.setStandardErrorFile(log, QIODevice::Append);
-    process.start(o.app, QStringList{mode} + more);
-    process.waitForStarted(10000);
-  }
-  pid_t pid() { return static_cast<pid_t>(process.processId()); }
-  void gather(int ms) {
-    QElapsedTimer t;
-    t.start();
-    do {
-      process.waitForReadyRead(std::max<qint64>(1, ms - t.elapsed()));
-      out += process.readAllStandardOutput();
-    } while (t.elapsed() < ms && process.state() == QProcess::Running);
-  }
-  bool waitFor(const char* text, int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (!out.contains(text) && t.elapsed() < ms && process.state() == QProcess::Running)
-      gather(50);
-    return out.contains(text);
-  }
-  void end(int signo) {
-    ::kill(pid(), signo);
-    process.waitForFinished(10000);
-    out += process.readAllStandardOutput();
-  }
-};
-
 int steps(long long from, long long to) {
   return static_cast<int>(((to - from) % 10000 + 10000) % 10000);
 }
@@ -124,8 +89,12 @@ int crash(const Options& o) {
   int failures = 0, maxPresses = 0;
   double maxSeconds = 0;
   long long onDisk = 0;
+  const auto fail = [&failures](int kill, const std::string& why) {
+    ++failures;
+    std::fprintf(stderr, "kill %d: %s\n", kill, why.c_str());
+  };
   for (int kill = 1; kill <= o.kills; ++kill) {
-    App app(o, env, "--press-randomly", dir.filePath("app.log"));
+    App app(o.app, env, {"--press-randomly"}, dir.filePath("app.log"));
     if (!app.waitFor("shown", 20000)) {
       std::fprintf(stderr, "kill %d: no press within 20 s\n", kill);
       return 1;
@@ -136,8 +105,7 @@ int crash(const Options& o) {
     const std::vector<Report> shown = reports(app.out, "shown");
     const SavedState s = readSaved(settings, dir.path());
     if (!s.whole()) {
-      ++failures;
-      std::fprintf(stderr, "kill %d: the settings file is not whole\n", kill);
+      fail(kill, "the settings file is not whole");
       continue;
     }
     const long long disk = s.counters.at(0);
@@ -148,14 +116,9 @@ int crash(const Options& o) {
     const long long last = shown.empty() ? onDisk : shown.back().value;
     const int lost = steps(disk, last);
     const int reached = steps(onDisk, disk);
-    if (reached > steps(onDisk, last)) {
-      ++failures;
-      std::fprintf(stderr, "kill %d: %lld on disk, more than the %lld shown\n", kill, disk, last);
-    } else if (reached < steps(onDisk, due)) {
-      ++failures;
-      std::fprintf(stderr, "kill %d: %lld on disk, %lld was shown 2 s before the kill\n", kill,
-                   disk, due);
-    }
+    if (reached > steps(onDisk, last) || reached < steps(onDisk, due))
+      fail(kill, std::to_string(disk) + " on disk; shown " + std::to_string(last) + ", and " +
+                     std::to_string(due) + " 2 s before the kill");
     // How long ago the first count not on disk was shown.
     double lostMs = 0;
     for (const Report& r : shown)
@@ -183,7 +146,7 @@ int clock(const Options& o) {
     }
     busy.push_back(pid);
   }
-  App app(o, env, "--run-clock", dir.filePath("app.log"));
+  App app(o.app, env, {"--run-clock"}, dir.filePath("app.log"));
   bool ok = app.waitFor("clock started", 20000);
   double startedAt = 0;
   if (ok) {
@@ -221,42 +184,41 @@ int clock(const Options& o) {
   return ok ? 0 : 1;
 }
 
+// Prints what did not hold, under the mode's name.
+struct Verdict {
+  const char* mode;
+  bool ok = true;
+  void operator()(bool holds, const std::string& what) {
+    if (!holds) std::fprintf(stderr, "%s: %s\n", mode, what.c_str());
+    ok = ok && holds;
+  }
+  int status() const { return ok ? 0 : 1; }
+};
+
 int instance(const Options& o) {
   QTemporaryDir dir;
   const QString settings = dir.filePath("defaults.ini");
   const QProcessEnvironment env = appEnvironment(dir, settings);
-  App first(o, env, "--press-randomly", dir.filePath("first.log"));
-  bool ok = first.waitFor("shown", 20000);
+  Verdict check{"instance"};
+  App first(o.app, env, {"--press-randomly"}, dir.filePath("first.log"));
+  check(first.waitFor("shown", 20000), "the first start counted nothing");
   first.gather(500);
   const double before = monotonicMs();
-  App second(o, env, "--press-randomly", dir.filePath("second.log"));
+  App second(o.app, env, {"--press-randomly"}, dir.filePath("second.log"));
   const bool gone = second.process.waitForFinished(1000);
   const double tookMs = monotonicMs() - before;
   first.gather(1000);
-  const std::vector<Report> shownAfter = [&] {
-    std::vector<Report> after;
-    for (const Report& r : reports(first.out, "shown"))
-      if (r.ms > before + tookMs) after.push_back(r);
-    return after;
-  }();
   first.end(SIGTERM);
-  QFile log(dir.filePath("second.log"));
-  log.open(QIODevice::ReadOnly);
-  const QByteArray said = log.readAll();
-  const SavedState s = readSaved(settings, dir.path());
   const std::vector<Report> shown = reports(first.out, "shown");
-  const auto check = [&ok](bool holds, const char* what) {
-    if (!holds) std::fprintf(stderr, "instance: %s\n", what);
-    ok = ok && holds;
-  };
-  check(gone && second.process.exitCode() == 0, "the second start did not end at once, normally");
-  check(said.contains("already running"), "the second start did not say why it went");
-  check(!shownAfter.empty(), "the first stopped counting");
+  const SavedState s = readSaved(settings, dir.path());
+  check(gone && second.endedNormally(), "the second start did not end at once, normally");
+  check(second.log().contains("already running"), "the second start did not say why it went");
+  check(std::any_of(shown.begin(), shown.end(), [&](auto& r) { return r.ms > before + tookMs; }),
+        "the first stopped counting");
   check(s.whole() && !shown.empty() && s.counters.at(0) == shown.back().value,
         "the file does not hold the first's last count");
-  std::printf("instance: the second start ended after %.0f ms (%s)\n", tookMs,
-              ok ? "ok" : "failed");
-  return ok ? 0 : 1;
+  std::printf("instance: the second start ended after %.0f ms\n", tookMs);
+  return check.status();
 }
 
 int records(const Options& o) {
@@ -264,147 +226,103 @@ int records(const Options& o) {
   std::ostringstream quiet;
   standin::ServicesServer server({}, nullptr, &quiet);
   if (!server.start().ok()) return 1;
-  bool ok = true;
+  Verdict check{"records"};
   for (const bool on : {true, false}) {
-    QProcessEnvironment env = appEnvironment(dir, dir.filePath(on ? "on.ini" : "off.ini"));
-    env.insert("ZELLICK_MAKER_URL", QString::fromStdString(server.baseUrl()));
+    const auto env = appEnvironment(dir, dir.filePath(on ? "on.ini" : "off.ini"), server.baseUrl());
     const size_t before = server.records().size();
-    QStringList more{QString::number(o.presses), QString::number(o.seconds)};
-    if (!on) more << "--no-usage-records";
-    App app(o, env, "--press", dir.filePath("app.log"), more);
+    QStringList args{"--press", QString::number(o.presses), QString::number(o.seconds)};
+    if (!on) args << "--no-usage-records";
+    App app(o.app, env, args, dir.filePath("app.log"));
     const bool ended = app.process.waitForFinished(static_cast<int>(o.seconds * 1000) + 30000);
     app.out += app.process.readAllStandardOutput();
     std::vector<std::string> got = server.records();
     got.erase(got.begin(), got.begin() + static_cast<std::ptrdiff_t>(before));
     int counts = 0, launches = 0;
     for (const std::string& r : got) {
-      counts += r.rfind("appid=17&tag=Count&device=", 0) == 0;
-      launches +=
-          r.rfind("appid=17&tag=Launch&", 0) == 0 || r.rfind("appid=17&tag=reLaunch&", 0) == 0;
+      counts += r.starts_with("appid=17&tag=Count&device=");
+      launches += r.starts_with("appid=17&tag=Launch&") || r.starts_with("appid=17&tag=reLaunch&");
     }
-    const int wantCounts = on ? o.presses : 0, wantLaunches = on ? 2 : 0;
-    const QByteArray stats = app.out.mid(app.out.indexOf("frames")).trimmed();
     std::printf(
         "records %-3s %d presses over %.0f s: %zu records received (%d Count, %d launch); %s\n",
-        on ? "on" : "off", o.presses, o.seconds, got.size(), counts, launches, stats.constData());
-    if (!ended || counts != wantCounts || launches != wantLaunches) {
-      ok = false;
-      std::fprintf(stderr, "records %s: want %d Count and %d launch records\n", on ? "on" : "off",
-                   wantCounts, wantLaunches);
-    }
+        on ? "on" : "off", o.presses, o.seconds, got.size(), counts, launches,
+        app.out.mid(app.out.indexOf("frames")).trimmed().constData());
+    check(ended && counts == (on ? o.presses : 0) && launches == (on ? 2 : 0),
+          std::string(on ? "on" : "off") + ": not one Count a press and two launches, or none");
   }
-  return ok ? 0 : 1;
+  return check.status();
 }
 
 int exitWithRecordsInFlight(const Options& o) {
   QTemporaryDir dir;
   std::ostringstream quiet;
-  standin::ServicesOptions hanging;
-  hanging.hangPath = "tracker.php";
-  standin::ServicesServer server(hanging, nullptr, &quiet);
+  standin::ServicesServer server({.hangPath = "tracker.php"}, nullptr, &quiet);
   if (!server.start().ok()) return 1;
   const QString settings = dir.filePath("defaults.ini");
-  QProcessEnvironment env = appEnvironment(dir, settings);
-  env.insert("ZELLICK_MAKER_URL", QString::fromStdString(server.baseUrl()));
-  App app(o, env, "--press-then-close", dir.filePath("app.log"), {"200"});
-  bool ok = app.waitFor("closing at", 30000);
+  App app(o.app, appEnvironment(dir, settings, server.baseUrl()), {"--press-then-close", "200"},
+          dir.filePath("app.log"));
+  Verdict check{"exit"};
+  check(app.waitFor("closing at", 30000), "the app did not close");
   double closing = 0;
-  if (ok)
-    std::sscanf(app.out.constData() + app.out.indexOf("closing at"), "closing at %lf", &closing);
-  // Gathering its output may already have seen it end, and waiting then reports no end.
-  ok = ok && (app.process.state() == QProcess::NotRunning || app.process.waitForFinished(10000));
+  std::sscanf(app.out.constData() + std::max(0, int(app.out.indexOf("closing at"))),
+              "closing at %lf", &closing);
+  check(app.end(0, 10000), "the app did not end");  // no signal: closing the window ends it
   const double tookMs = monotonicMs() - closing;
   const SavedState s = readSaved(settings, dir.path());
-  ok = ok && app.process.exitStatus() == QProcess::NormalExit && app.process.exitCode() == 0 &&
-       tookMs < 1000 && s.whole() && s.counters.at(0) == 200;
+  check(app.endedNormally() && tookMs < 1000, "the app took " + std::to_string(tookMs) + " ms");
+  check(s.whole() && s.counters.at(0) == 200, "the count was not saved");
   std::printf(
       "exit: 200 records in flight to a server that never answers; the app was gone %.0f ms "
-      "after closing, the count saved (%s)\n",
-      tookMs, ok ? "ok" : "failed");
-  return ok ? 0 : 1;
-}
-
-// The size a PNG file's header gives, or nothing for a file that is no PNG.
-std::optional<QSize> pngSize(const QString& path) {
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
-  const QByteArray head = file.read(24);
-  if (head.size() < 24 || !head.startsWith("\x89PNG\r\n\x1a\n") || head.mid(12, 4) != "IHDR")
-    return std::nullopt;
-  const auto word = [&](int at) {
-    return static_cast<int>(
-        static_cast<quint8>(head[at]) << 24 | static_cast<quint8>(head[at + 1]) << 16 |
-        static_cast<quint8>(head[at + 2]) << 8 | static_cast<quint8>(head[at + 3]));
-  };
-  return QSize(word(16), word(20));
+      "after closing\n",
+      tookMs);
+  return check.status();
 }
 
 int more(const Options& o) {
   constexpr int kApps = 5;
   QTemporaryDir dir;
   std::ostringstream quiet;
-  standin::ServicesOptions options;
-  options.apps = kApps;
-  standin::ServicesServer server(options, nullptr, &quiet);
+  standin::ServicesServer server({.apps = kApps}, nullptr, &quiet);
   if (!server.start().ok()) return 1;
-  QProcessEnvironment env = appEnvironment(dir, dir.filePath("defaults.ini"));
-  env.insert("XDG_DATA_HOME", dir.filePath("data"));
-  env.insert("ZELLICK_MAKER_URL", QString::fromStdString(server.baseUrl()));
-  App app(o, env, "--open-more", dir.filePath("app.log"), {QString::number(kApps)});
-  bool ok = app.waitFor("more shown", 30000);
-  app.process.waitForFinished(10000);
-
+  App app(o.app, appEnvironment(dir, dir.filePath("defaults.ini"), server.baseUrl()),
+          {"--open-more", QString::number(kApps)}, dir.filePath("app.log"));
+  Verdict check{"more"};
+  check(app.waitFor("more shown", 30000), "the More screen was not shown");
+  app.end(0);
   const QDir documents(dir.filePath("data/Zellick/Zellick/Documents"));
   int icons = 0;
   for (const QString& name : documents.entryList(QDir::Files)) {
     const bool good = QRegularExpression("^[0-9]+@2x\\.png$").match(name).hasMatch() &&
-                      pngSize(documents.filePath(name)) == QSize(114, 114);
-    if (!good) std::fprintf(stderr, "more: %s is no icon\n", qPrintable(name));
+                      QImage(documents.filePath(name), "PNG").size() == QSize(114, 114);
+    check(good, name.toStdString() + " is no icon");
     icons += good;
   }
   int shown = 0;
   for (int i = 1; i <= kApps; ++i)
     shown += app.out.contains(QString("row Zellick Sample App %1: icon\n").arg(i).toUtf8());
-  ok = ok && icons == kApps && shown == kApps;
-  std::printf(
-      "more: %d of %d icons in the documents folder, %d of %d apps shown with theirs (%s)\n", icons,
-      kApps, shown, kApps, ok ? "ok" : "failed");
-  if (!ok) std::fprintf(stderr, "the app printed:\n%s", app.out.constData());
-  return ok ? 0 : 1;
+  check(icons == kApps && shown == kApps, "the app printed:\n" + app.out.toStdString());
+  std::printf("more: %d of %d icons in the documents folder, %d of %d apps shown with theirs\n",
+              icons, kApps, shown, kApps);
+  return check.status();
 }
 
 }  // namespace
 }  // namespace zellick::test
 
 int main(int argc, char** argv) {
-  QCoreApplication app(argc, argv);
+  QCoreApplication qapp(argc, argv);
   using namespace zellick::test;
-  const QStringList args = app.arguments();
-  Options o;
-  for (int i = 2; i + 1 < args.size(); i += 2) {
-    const QString& k = args[i];
-    const QString& v = args[i + 1];
-    if (k == "--app") o.app = v;
-    if (k == "--kills") o.kills = v.toInt();
-    if (k == "--seed") o.seed = v.toUInt();
-    if (k == "--seconds") o.seconds = v.toDouble();
-    if (k == "--stop-at") o.stopAt = v.toDouble();
-    if (k == "--stop-for") o.stopFor = v.toDouble();
-    if (k == "--load") o.load = v.toInt();
-    if (k == "--presses") o.presses = v.toInt();
-  }
-  const QString what = args.value(1);
-  if (o.app.isEmpty()) {
+  const Options o(Args(qapp.arguments(), 2));
+  const std::map<QString, int (*)(const Options&)> modes = {{"crash", crash},
+                                                            {"clock", clock},
+                                                            {"instance", instance},
+                                                            {"records", records},
+                                                            {"exit", exitWithRecordsInFlight},
+                                                            {"more", more}};
+  const auto mode = modes.find(qapp.arguments().value(1));
+  if (o.app.isEmpty() || mode == modes.end()) {
     std::fprintf(stderr, "usage: %s crash|clock|instance|records|exit|more --app APP [options]\n",
                  argv[0]);
     return 2;
   }
-  if (what == "crash") return crash(o);
-  if (what == "clock") return clock(o);
-  if (what == "instance") return instance(o);
-  if (what == "records") return records(o);
-  if (what == "exit") return exitWithRecordsInFlight(o);
-  if (what == "more") return more(o);
-  std::fprintf(stderr, "unknown harness '%s'\n", qPrintable(what));
-  return 2;
+  return mode->second(o);
 }

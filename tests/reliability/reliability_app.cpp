@@ -24,29 +24,24 @@
 #include <QTest>
 #include <QTimer>
 
-#include <time.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <map>
 #include <random>
 
 #include "app/zellick_app.h"
+#include "harness.h"
 #include "services/apps.h"
 #include "ui/first_frame.h"
 
 namespace {
 
 using zellick::ZellickApp;
+using zellick::test::monotonicMs;
 
 // Quick enough for hundreds of saves a second, slow enough to leave the loop room for events.
 constexpr int kRoundIntervalMs = 3;
-
-double monotonicMs() {
-  timespec t{};
-  clock_gettime(CLOCK_MONOTONIC, &t);
-  return static_cast<double>(t.tv_sec) * 1000.0 + static_cast<double>(t.tv_nsec) / 1e6;
-}
 
 void every(int ms, std::function<bool()> step) {
   auto* timer = new QTimer(QCoreApplication::instance());
@@ -71,7 +66,6 @@ void stressLoop(ZellickApp& app, long long rounds) {
     // The harness takes this line as proof that the count above is on disk.
     if (!app.settings().hasUnsavedChanges()) {
       std::printf("stress: saved total %d\n", static_cast<int>(c.total));
-      std::fflush(stdout);
     }
     app.notifications().post(zellick::kDidBecomeActive);
     if (rounds > 0 && ++*done >= rounds) {
@@ -82,10 +76,11 @@ void stressLoop(ZellickApp& app, long long rounds) {
   });
 }
 
-// Where a finger goes on `view`: its centre, in window coordinates.
-QPoint centreOf(ZellickApp& app, const zellick::View& view) {
+// A finger on `view`'s centre, through the window.
+void click(ZellickApp& app, const zellick::View& view) {
   const zellick::Point c = view.frame().center();
-  return app.counter().screen().toWindow(QPointF(c.x, c.y)).toPoint();
+  const QPoint at = app.counter().screen().toWindow(QPointF(c.x, c.y)).toPoint();
+  QTest::mouseClick(app.window(), Qt::LeftButton, {}, at);
 }
 
 void pressRandomly(ZellickApp& app) {
@@ -93,11 +88,8 @@ void pressRandomly(ZellickApp& app) {
   auto next = std::make_shared<double>(0);
   every(5, [&app, rng, next] {
     if (monotonicMs() < *next) return true;
-    const QPoint add = centreOf(app, *app.controller().ButtonAdd);
-    QTest::mousePress(app.window(), Qt::LeftButton, {}, add);
-    QTest::mouseRelease(app.window(), Qt::LeftButton, {}, add);
+    click(app, *app.controller().ButtonAdd);
     std::printf("shown %d at %.1f\n", static_cast<int>(app.controller().total), monotonicMs());
-    std::fflush(stdout);
     *next = monotonicMs() + std::uniform_int_distribution<int>(20, 250)(*rng);
     return true;
   });
@@ -120,8 +112,7 @@ void pressSpread(ZellickApp& app, int presses, double seconds) {
   every(2, [&app, presses, seconds, start, done, frames, peakThreads] {
     *peakThreads = std::max(*peakThreads, statusField("Threads:"));
     if (*done < presses && monotonicMs() >= start + *done * seconds * 1000.0 / presses) {
-      const QPoint add = centreOf(app, *app.controller().ButtonAdd);
-      QTest::mouseClick(app.window(), Qt::LeftButton, {}, add);
+      click(app, *app.controller().ButtonAdd);
       ++*done;
       return true;
     }
@@ -132,17 +123,14 @@ void pressSpread(ZellickApp& app, int presses, double seconds) {
     const double p99 = gaps.empty() ? 0 : gaps[std::min(gaps.size() - 1, gaps.size() * 99 / 100)];
     std::printf("frames p99 %.1f ms over %zu frames, threads %ld, memory %ld kB\n", p99,
                 frames->size(), *peakThreads, statusField("VmHWM:"));
-    std::fflush(stdout);
     QTimer::singleShot(500, qApp, &QCoreApplication::quit);  // the last records go out
     return false;
   });
 }
 
 void pressThenClose(ZellickApp& app, int presses) {
-  const QPoint add = centreOf(app, *app.controller().ButtonAdd);
-  for (int i = 0; i < presses; ++i) QTest::mouseClick(app.window(), Qt::LeftButton, {}, add);
+  for (int i = 0; i < presses; ++i) click(app, *app.controller().ButtonAdd);
   std::printf("closing at %.1f\n", monotonicMs());
-  std::fflush(stdout);
   app.window()->close();
 }
 
@@ -155,9 +143,8 @@ void closeOnInput(ZellickApp& app) {
 }
 
 void runClock(ZellickApp& app) {
-  QTest::mouseClick(app.window(), Qt::LeftButton, {}, centreOf(app, *app.controller().LabelTimer));
+  click(app, *app.controller().LabelTimer);
   std::printf("clock started at %.1f\n", monotonicMs());
-  std::fflush(stdout);
   auto shown = std::make_shared<long long>(-1);
   every(5, [&app, shown] {
     const zellick::ZellickViewController& c = app.controller();
@@ -165,22 +152,21 @@ void runClock(ZellickApp& app) {
     if (seconds != *shown) {
       *shown = seconds;
       std::printf("clock %lld at %.1f\n", seconds, monotonicMs());
-      std::fflush(stdout);
     }
     return true;
   });
 }
 
-void findRows(QQuickItem* item, std::vector<QQuickItem*>& rows) {
-  if (item->objectName() == "TableRow" && item->isVisible()) rows.push_back(item);
-  for (QQuickItem* child : item->childItems()) findRows(child, rows);
+// The items named `name` under `item`, in the order met.
+void findAll(QQuickItem* item, const char* name, std::vector<QQuickItem*>& found) {
+  if (item->objectName() == name) found.push_back(item);
+  for (QQuickItem* child : item->childItems()) findAll(child, name, found);
 }
 
 QQuickItem* findChild(QQuickItem* item, const char* name) {
-  if (item->objectName() == name) return item;
-  for (QQuickItem* child : item->childItems())
-    if (QQuickItem* found = findChild(child, name)) return found;
-  return nullptr;
+  std::vector<QQuickItem*> found;
+  findAll(item, name, found);
+  return found.empty() ? nullptr : found.front();
 }
 
 void openMore(ZellickApp& app, long long entries) {
@@ -192,13 +178,13 @@ void openMore(ZellickApp& app, long long entries) {
       if (!list || static_cast<long long>(list->size()) != entries ||
           documents.entryList({"*@2x.png"}, QDir::Files).size() != entries)
         return true;
-      QTest::mouseClick(app.window(), Qt::LeftButton, {},
-                        centreOf(app, *app.controller().ButtonInfo));
+      click(app, *app.controller().ButtonInfo);
       *clicked = true;
       return true;
     }
     std::vector<QQuickItem*> rows;
-    findRows(app.window()->contentItem(), rows);
+    findAll(app.window()->contentItem(), "TableRow", rows);
+    std::erase_if(rows, [](QQuickItem* row) { return !row->isVisible(); });
     // Icon files are read off the main thread: wait until none is loading.
     for (QQuickItem* row : rows)
       if (findChild(row, "CellIcon")->property("status").toInt() == 2 /* Loading */) return true;
@@ -213,7 +199,6 @@ void openMore(ZellickApp& app, long long entries) {
                   icon ? "icon" : "no icon");
     }
     std::printf("more shown\n");
-    std::fflush(stdout);
     QCoreApplication::quit();
     return false;
   });
@@ -223,6 +208,7 @@ void openMore(ZellickApp& app, long long entries) {
 
 int main(int argc, char** argv) {
   QGuiApplication app(argc, argv);
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // each line reaches the harness as it is printed
   QStringList args = app.arguments();
   zellick::CommandLine commandLine;
   if (args.size() > 2 && args.back() == QLatin1String("--no-usage-records")) {
@@ -233,14 +219,14 @@ int main(int argc, char** argv) {
   bool ok = true, okToo = true;
   const long long n = args.size() >= 3 ? args[2].toLongLong(&ok) : 0;
   const double seconds = args.size() == 4 ? args[3].toDouble(&okToo) : 0;
-  const bool known =
-      (mode == "--stress-loop" && args.size() == 3 && ok && n >= 0) ||
-      (mode == "--press" && args.size() == 4 && ok && okToo && n > 0 && seconds > 0) ||
-      (mode == "--press-then-close" && args.size() == 3 && ok && n >= 0) ||
-      (mode == "--open-more" && args.size() == 3 && ok && n > 0) ||
-      (args.size() == 2 && (mode == "--first-frame" || mode == "--press-randomly" ||
-                            mode == "--run-clock" || mode == "--close-on-input"));
-  if (!known) {
+  // Each mode with the count of its arguments and the least first number it takes.
+  const std::map<QString, std::pair<int, long long>> modes = {
+      {"--stress-loop", {1, 0}}, {"--press", {2, 1}},         {"--press-then-close", {1, 0}},
+      {"--open-more", {1, 1}},   {"--first-frame", {0, 0}},   {"--press-randomly", {0, 0}},
+      {"--run-clock", {0, 0}},   {"--close-on-input", {0, 0}}};
+  const auto known = modes.find(mode);
+  if (known == modes.end() || args.size() != 2 + known->second.first || !ok || !okToo ||
+      n < known->second.second || (args.size() == 4 && seconds <= 0)) {
     std::fprintf(stderr,
                  "usage: zellick_reliability_app --stress-loop N | --first-frame | "
                  "--press-randomly | --run-clock | --press N SECONDS | --press-then-close N | "
