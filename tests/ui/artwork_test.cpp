@@ -15,18 +15,18 @@ namespace {
 
 using namespace ui;
 
+const QString kArt = kArt;
+
 TEST(ArtworkCache, HitsAreServedAndDamagedFilesRenderedAfreshAndRepaired) {
-  QFile svg(QStringLiteral(":/images/minus-up.svg"));
+  QFile svg(":/images/" + kArt + ".svg");
   if (!svg.open(QIODevice::ReadOnly)) GTEST_SKIP() << "artwork not linked in";
   const QSize requested(54, 54);
-  const QImage expected =
-      ArtworkProvider().requestImage(QStringLiteral("minus-up"), nullptr, requested);
+  const QImage expected = ArtworkProvider().requestImage(kArt, nullptr, requested);
   ASSERT_FALSE(expected.isNull());
   QTemporaryDir dir;
-  const QString file = dir.filePath(artworkCacheName(
-      QStringLiteral("minus-up"), requested, bundledArtworkBytes(QStringLiteral("minus-up"))));
+  const QString file = dir.filePath(artworkCacheName(kArt, requested, bundledArtworkBytes(kArt)));
   const auto request = [&](QSize* natural = nullptr) {
-    return ArtworkProvider(dir.path()).requestImage(QStringLiteral("minus-up"), natural, requested);
+    return ArtworkProvider(dir.path()).requestImage(kArt, natural, requested);
   };
   request();
   EXPECT_EQ(readArtworkCache(file, nullptr), expected) << "a miss stores the rendering";
@@ -38,7 +38,7 @@ TEST(ArtworkCache, HitsAreServedAndDamagedFilesRenderedAfreshAndRepaired) {
   EXPECT_EQ(request(&natural), red) << "a hit is served from the file";
   EXPECT_EQ(natural, QSize(123, 45));
 
-  // Each row damages the file the previous one left behind.
+  // Each row damages the file the previous one left behind (and a request repaired).
   const std::pair<const char*, std::function<void(QByteArray&)>> cases[] = {
       {"empty", [](QByteArray& b) { b.clear(); }},
       {"truncated", [](QByteArray& b) { b.chop(5); }},
@@ -65,11 +65,9 @@ TEST(ArtworkCache, HitsAreServedAndDamagedFilesRenderedAfreshAndRepaired) {
 
 // Renderings shipped with the app come first; a damaged one is passed over, never written to.
 TEST(ArtworkCache, ShippedRenderingsComeFirstAndAreOnlyRead) {
-  if (bundledArtworkBytes(QStringLiteral("minus-up")).isEmpty())
-    GTEST_SKIP() << "artwork not linked in";
+  if (bundledArtworkBytes(kArt).isEmpty()) GTEST_SKIP() << "artwork not linked in";
   const QSize requested(54, 54);
-  const QString name =
-      artworkCacheName(QStringLiteral("minus-up"), requested, bundledArtworkBytes("minus-up"));
+  const QString name = artworkCacheName(kArt, requested, bundledArtworkBytes(kArt));
   QTemporaryDir shipped, cache;
   QImage blue(54, 54, QImage::Format_ARGB32_Premultiplied), green = blue;
   blue.fill(Qt::blue);
@@ -77,15 +75,15 @@ TEST(ArtworkCache, ShippedRenderingsComeFirstAndAreOnlyRead) {
   ASSERT_TRUE(writeArtworkCache(shipped.filePath(name), blue, {9, 9}));
   ASSERT_TRUE(writeArtworkCache(cache.filePath(name), green, {9, 9}));
   ArtworkProvider provider(cache.path(), {QStringLiteral("/nonexistent"), shipped.path()});
-  EXPECT_EQ(provider.requestImage(QStringLiteral("minus-up"), nullptr, requested), blue);
+  EXPECT_EQ(provider.requestImage(kArt, nullptr, requested), blue);
 
   QFile damaged(shipped.filePath(name));
   ASSERT_TRUE(damaged.open(QIODevice::WriteOnly | QIODevice::Truncate));
   damaged.write("junk");
   damaged.close();
-  EXPECT_EQ(provider.requestImage(QStringLiteral("minus-up"), nullptr, requested), green);
+  EXPECT_EQ(provider.requestImage(kArt, nullptr, requested), green);
   QFile::remove(cache.filePath(name));
-  const QImage rendered = provider.requestImage(QStringLiteral("minus-up"), nullptr, requested);
+  const QImage rendered = provider.requestImage(kArt, nullptr, requested);
   EXPECT_EQ(rendered.size(), requested);
   EXPECT_EQ(readArtworkCache(cache.filePath(name), nullptr), rendered)
       << "the rendering goes to the cache";
