@@ -77,40 +77,5 @@ TEST(AppDelegate, LaunchRecordsKeepingAwakeAndWhatIsOnlyLogged) {
                                 "log Significant time changed"}));
 }
 
-// Every tag the counter screen sends, from its sender.
-TEST(AppDelegate, EveryCounterTagFromItsSender) {
-  const struct {
-    const char* script;
-    std::vector<std::string> tags;
-  } cases[] = {
-      {"tap ButtonAdd", {"Count"}},
-      {"tap ButtonMinus", {"Reduce"}},
-      {"tap ButtonReset", {"Reset"}},
-      {"tap ButtonB\ntap ButtonC\ntap ButtonA", {"MemoryB", "MemoryC", "MemoryA"}},
-      {"tap ButtonInfo", {"Info"}},
-      {"touch view 1", {"Touch began on timer"}},
-      {"touch LabelTimer 2",
-       {"Touch began on timer", "Reset Timer using Double tap", "Touch ended on timer"}},
-  };
-  for (const auto& k : cases) {
-    sim::Simulation sim;
-    sim.start();
-    sim.wait(1);
-    only(sim, "");
-    std::istringstream lines(k.script);
-    for (std::string line; std::getline(lines, line);) {
-      const auto space = line.find(' ');
-      const std::string verb = line.substr(0, space), rest = line.substr(space + 1);
-      if (verb == "tap") sim.process().tap(rest);
-      if (verb == "touch")
-        sim.process().touch(rest.substr(0, rest.find(' ')),
-                            std::stoi(rest.substr(rest.find(' ') + 1)));
-    }
-    std::vector<std::string> want;
-    for (const std::string& t : k.tags) want.push_back("track " + t);
-    EXPECT_THAT(only(sim, "track"), ElementsAreArray(want)) << k.script;
-  }
-}
-
 }  // namespace
 }  // namespace zellick::test
