@@ -68,8 +68,10 @@ void App::gather(int ms) {
 bool App::waitFor(const char* text, int ms) {
   QElapsedTimer t;
   t.start();
-  while (!out.contains(text) && t.elapsed() < ms && process.state() == QProcess::Running)
-    gather(50);
+  while (!out.contains(text) && t.elapsed() < ms && process.state() == QProcess::Running) {
+    process.waitForReadyRead(50);
+    out += process.readAllStandardOutput();
+  }
   return out.contains(text);
 }
 

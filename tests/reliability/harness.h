@@ -37,7 +37,7 @@ struct App {
   pid_t pid() const { return static_cast<pid_t>(process.processId()); }
   void gather(int ms);                     // for `ms`, or until it ends
   bool waitFor(const char* text, int ms);  // until stdout holds `text`
-  bool end(int signo, int ms = 10000);     // sends `signo`; whether it ended
+  bool end(int signo, int ms = 10000);     // sends `signo` (0: none); whether it ended
   bool endedNormally() const;
   QByteArray log() const;
   QProcess process;
