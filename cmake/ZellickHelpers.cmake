@@ -10,6 +10,10 @@ set(ZELLICK_SANITIZER_ENV
 if(ZELLICK_SANITIZE)
   add_compile_options(${ZELLICK_SANITIZER_FLAGS})
   add_link_options(${ZELLICK_SANITIZER_FLAGS})
+  # Every program carries the leak checker's list of Qt's own leaks at exit.
+  add_library(zellick_lsan_suppressions STATIC ${CMAKE_CURRENT_LIST_DIR}/lsan_suppressions.cpp)
+  add_link_options(LINKER:--undefined=__lsan_default_suppressions)
+  link_libraries(zellick_lsan_suppressions)
 endif()
 
 # zellick_library(<name> SOURCES ... [DEPENDS ...] [PRIVATE_DEPENDS ...])
