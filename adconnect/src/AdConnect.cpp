@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <mutex>
 
+#include "platform/url.h"
+
 namespace zellick {
 
 namespace {
@@ -130,7 +132,7 @@ std::string AdConnect::createQueryStringFromDict(const AdConnectParameters* dict
   std::string query;
   for (const auto& [key, value] : *dict) {
     if (!query.empty()) query += '&';
-    query += percentEscaped(key) + "=" + percentEscaped(value);
+    query += percentEscaped(key, kUrlPunctuation) + "=" + percentEscaped(value, kUrlPunctuation);
   }
   return query;
 }
@@ -139,7 +141,8 @@ void AdConnect::connectWithParam(const AdConnectParameters& param) {
   // Escaped once more as a whole: a value's "%20" goes out as "%2520", as the service reads it.
   HttpRequest request;
   request.method = "GET";
-  request.url = percentEscaped(baseURL_ + kConnectPath + "?" + createQueryStringFromDict(&param));
+  request.url = percentEscaped(baseURL_ + kConnectPath + "?" + createQueryStringFromDict(&param),
+                               kUrlPunctuation);
   request.timeout = kTimeoutSeconds;
   request.maxBodyBytes = kMaxReplyBytes;
   request.trustedHosts = {hostOf(services_.configuration.adPrimaryBaseUrl),
@@ -210,25 +213,6 @@ void AdConnect::parser(ReplyParser&, std::string_view foundCharacters) {
 
 void AdConnect::parser(ReplyParser&, const std::string&, const std::string&, const std::string&) {
   // The last started element stays current.
-}
-
-std::string AdConnect::percentEscaped(std::string_view text) {
-  static constexpr char kHex[] = "0123456789ABCDEF";
-  static constexpr std::string_view kStays = "-._~:/?#[]@!$&'()*+,;=";
-  std::string out;
-  out.reserve(text.size());
-  for (const char ch : text) {
-    const auto c = static_cast<unsigned char>(ch);
-    const bool alnum = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    if (alnum || kStays.find(ch) != std::string_view::npos) {
-      out += ch;
-    } else {
-      out += '%';
-      out += kHex[c >> 4];
-      out += kHex[c & 0xF];
-    }
-  }
-  return out;
 }
 
 }  // namespace zellick

@@ -2,30 +2,9 @@
 #include "more/moreView.h"
 
 #include "internal.h"
+#include "platform/url.h"
 
 namespace zellick {
-
-namespace {
-
-// Percent-escapes what may not stand in a URL as it is, byte by byte of the UTF-8.
-std::string percentEscaped(const std::string& text) {
-  static const char* hex = "0123456789ABCDEF";
-  static const std::string kept = "!#$&'()*+,-./:;=?@[]_~";
-  std::string out;
-  for (const char ch : text) {
-    const auto c = static_cast<unsigned char>(ch);
-    if (std::isalnum(c) || (c < 0x80 && kept.find(ch) != std::string::npos)) {
-      out += ch;
-    } else {
-      out += '%';
-      out += hex[c >> 4];
-      out += hex[c & 15];
-    }
-  }
-  return out;
-}
-
-}  // namespace
 
 void moreView::tableViewDidSelectRowAtIndexPath(TableView& tableView, IndexPath indexPath) {
   std::weak_ptr<bool> alive = alive_;
@@ -82,8 +61,9 @@ void moreView::presentComposer(const MailMessage& message) {
 }
 
 void moreView::launchMailAppOnDevice() {
-  services_.application.openURL(percentEscaped("mailto:" + services_.configuration.supportEmail +
-                                               "?subject=" + kMailSubject));
+  services_.application.openURL(
+      percentEscaped("mailto:" + services_.configuration.supportEmail + "?subject=" + kMailSubject,
+                     kUrlPunctuation));
 }
 
 void moreView::mailComposeControllerDidFinishWithResult(MailComposeResult, const Status&) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/property_list.h"
+#include "platform/url.h"
 #include "xml/ZXMLDocument.h"
 
 namespace zellick {
@@ -33,22 +34,6 @@ std::string forLog(const std::string& text, std::size_t limit = std::string::npo
       out += escaped;
     } else {
       out += static_cast<char>(c);
-    }
-  }
-  return out;
-}
-
-std::string percentEncoded(const std::string& text) {
-  static const char* hex = "0123456789ABCDEF";
-  std::string out;
-  for (const char ch : text) {
-    const auto c = static_cast<unsigned char>(ch);
-    if (std::isalnum(c) || c == '-' || c == '.' || c == '_' || c == '~') {
-      out += ch;
-    } else {
-      out += '%';
-      out += hex[c >> 4];
-      out += hex[c & 15];
     }
   }
   return out;
@@ -223,7 +208,9 @@ std::optional<DefaultsArray> orvapps::getApps() {
 }
 
 std::string orvapps::getAppURL(const std::string& appleid) const {
-  return storeLinkBase_ + (isSafeAppleId(appleid) ? appleid : percentEncoded(appleid)) + "&mt=8";
+  return storeLinkBase_ +
+         (isSafeAppleId(appleid) ? appleid : percentEscaped(appleid, kUnreservedPunctuation)) +
+         "&mt=8";
 }
 
 void orvapps::downloadIcon(const std::string& appleid) {

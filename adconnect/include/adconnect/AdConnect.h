@@ -105,10 +105,6 @@ class AdConnect {
   void parser(ReplyParser& parser, const std::string& didEndElement,
               const std::string& namespaceURI, const std::string& qualifiedName);
 
-  // "%XX" for every UTF-8 byte that may not stand in a URL: RFC 3986's unreserved and reserved
-  // characters stay, everything else ("%" and the space among it) is escaped.
-  static std::string percentEscaped(std::string_view text);
-
  private:
   struct Mailbox;
   void replyArrived(const std::shared_ptr<Connection>& connection, HttpReply& reply);
