@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "app/zellick_app.h"
+#include "measure.h"
 #include "platform/qt/documents.h"
 #include "platform/qt/log.h"
 #include "platform/qt/settings_defaults.h"
@@ -35,6 +36,8 @@
 #include "ui/first_frame.h"
 
 namespace {
+
+using namespace zellick::bench;
 
 using zellick::ZellickApp;
 
@@ -172,12 +175,6 @@ bool prepare(const QTemporaryDir& dir, int entries) {
   settings.setObject(zellick::kLastUpdateKey,
                      zellick::Date{static_cast<double>(QDateTime::currentSecsSinceEpoch())});
   return settings.synchronize();
-}
-
-template <class T>
-T median(std::vector<T> v) {
-  std::sort(v.begin(), v.end());
-  return v[v.size() / 2];
 }
 
 }  // namespace

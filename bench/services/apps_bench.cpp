@@ -23,6 +23,7 @@
 #include <mutex>
 #include <thread>
 
+#include "measure.h"
 #include "platform/fake/services.h"
 #include "platform/qt/documents.h"
 #include "platform/qt/http.h"
@@ -32,23 +33,12 @@
 
 namespace {
 
+using namespace zellick::bench;
+
 using namespace zellick;
 
 constexpr double kStallTargetMs = 16;
 constexpr double kGiveUpMs = 120000;
-
-double nowMs() {
-  timespec t{};
-  clock_gettime(CLOCK_MONOTONIC, &t);
-  return static_cast<double>(t.tv_sec) * 1000.0 + static_cast<double>(t.tv_nsec) / 1e6;
-}
-
-long statusField(const char* name) {
-  std::ifstream in("/proc/self/status");
-  for (std::string line; std::getline(in, line);)
-    if (line.rfind(name, 0) == 0) return std::stol(line.substr(line.find(':') + 1));
-  return -1;
-}
 
 // The moments the refresh reports: the list stored, whatever failed. Any thread.
 struct MarkingLog : Log {

@@ -21,6 +21,7 @@
 #include <sstream>
 #include <thread>
 
+#include "measure.h"
 #include "platform/fake/memory_defaults.h"
 #include "platform/fake/services.h"
 #include "platform/qt/http.h"
@@ -30,20 +31,9 @@
 
 namespace {
 
+using namespace zellick::bench;
+
 using namespace zellick;
-
-double nowMs() {
-  timespec t{};
-  clock_gettime(CLOCK_MONOTONIC, &t);
-  return static_cast<double>(t.tv_sec) * 1000.0 + static_cast<double>(t.tv_nsec) / 1e6;
-}
-
-long statusField(const char* name) {
-  std::ifstream in("/proc/self/status");
-  for (std::string line; std::getline(in, line);)
-    if (line.rfind(name, 0) == 0) return std::stol(line.substr(line.find(':') + 1));
-  return -1;
-}
 
 // Samples the process's threads and resident memory every 5 ms while it lives.
 struct Peaks {

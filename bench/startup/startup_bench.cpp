@@ -24,8 +24,11 @@
 #include <sstream>
 #include <string>
 #include <vector>
+#include "measure.h"
 
 namespace {
+
+using namespace zellick::bench;
 
 struct Sample {
   double ms = 0;
@@ -84,12 +87,6 @@ bool runOnce(const std::vector<std::string>& args, Sample& out,
   out.cpuMs = (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1000.0 +
               (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000.0;
   return frame >= 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
-template <class T>
-T median(std::vector<T> v) {
-  std::sort(v.begin(), v.end());
-  return v[v.size() / 2];
 }
 
 }  // namespace
