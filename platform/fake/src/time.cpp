@@ -68,19 +68,6 @@ std::size_t VirtualRunLoop::advance(double seconds) {
   return fired;
 }
 
-std::size_t VirtualRunLoop::pending() const {
-  std::size_t n = 0;
-  for (const auto& [key, entry] : queue_)
-    if (!entry.timer || entry.timer->isValid()) ++n;
-  return n;
-}
-
-std::optional<double> VirtualRunLoop::nextDue() const {
-  for (const auto& [key, entry] : queue_)
-    if (!entry.timer || entry.timer->isValid()) return key.first;
-  return std::nullopt;
-}
-
 void FakeMonotonicClock::suspend(double seconds) {
   if (std::isfinite(seconds) && seconds > 0) suspended_ += seconds;
 }

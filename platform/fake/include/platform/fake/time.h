@@ -5,7 +5,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <utility>
 
 #include "platform/runloop.h"
@@ -49,9 +48,6 @@ class VirtualRunLoop final : public RunLoop {
   // including ones scheduled meanwhile. Returns how many fired. Throws std::runtime_error
   // when timers keep rescheduling themselves at one moment (a chain that time never ends).
   std::size_t advance(double seconds);
-  // Timers and dispatched calls still waiting.
-  std::size_t pending() const;
-  std::optional<double> nextDue() const;
 
   static constexpr std::size_t kMaxFiringsAtOneMoment = 100'000;
 
