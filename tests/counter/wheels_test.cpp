@@ -40,9 +40,9 @@ TEST_F(CounterTest, WheelsRollLikeAMechanicalCounter) {
 
     ASSERT_EQ(c().total, k.to);
     std::vector<std::string> want;
-    std::istringstream spec(k.moves);
+    std::istringstream words(k.moves);
     double at = 1;
-    for (std::string m; spec >> m;) {
+    for (std::string m; words >> m;) {
       int wheel = 0, digit = 0;
       double duration = 0;
       if (m == "|")
