@@ -42,7 +42,11 @@ QProcessEnvironment appEnvironment(const QTemporaryDir& dir, const QString& sett
   env.insert("QT_QPA_PLATFORM", "offscreen");
   env.insert("QT_QUICK_BACKEND", "software");
   env.insert("ZELLICK_NO_AUDIO", "1");
-  if (!makerUrl.empty()) env.insert("ZELLICK_MAKER_URL", QString::fromStdString(makerUrl));
+  // Every service on loopback: a port nobody listens on refuses at once, no name is looked up.
+  const QString refused = QStringLiteral("http://127.0.0.1:9/");
+  env.insert("ZELLICK_MAKER_URL", makerUrl.empty() ? refused : QString::fromStdString(makerUrl));
+  env.insert("ZELLICK_AD_PRIMARY_URL", refused);
+  env.insert("ZELLICK_AD_FALLBACK_URL", refused);
   return env;
 }
 
