@@ -8,11 +8,15 @@ int main(int argc, char** argv) {
   zellick::answerHelpOrVersion(argc, argv);
   QGuiApplication app(argc, argv);
   const zellick::CommandLine commandLine = zellick::parseCommandLine(app);
-  zellick::ZellickApp zellick(zellick::Environment::fromProcess(), commandLine);
-  switch (zellick.launch()) {
-    case zellick::ZellickApp::Launch::Shown: return app.exec();
-    case zellick::ZellickApp::Launch::AlreadyRunning: return 0;
-    case zellick::ZellickApp::Launch::Failed: return 1;
+  int code = 1;
+  {
+    zellick::ZellickApp zellick(zellick::Environment::fromProcess(), commandLine);
+    switch (zellick.launch()) {
+      case zellick::ZellickApp::Launch::Shown: code = app.exec(); break;
+      case zellick::ZellickApp::Launch::AlreadyRunning: code = 0; break;
+      case zellick::ZellickApp::Launch::Failed: code = 1; break;
+    }
   }
-  return 1;
+  // Everything of ours is saved and gone; the application's own clean-up is skipped.
+  zellick::endProcess(code);
 }

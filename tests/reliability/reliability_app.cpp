@@ -234,20 +234,24 @@ int main(int argc, char** argv) {
     return 2;
   }
   ZellickApp::identify();
-  ZellickApp zellick(zellick::Environment::fromProcess(), commandLine);
-  const ZellickApp::Launch launched = zellick.launch();
-  if (launched != ZellickApp::Launch::Shown)
-    return launched == ZellickApp::Launch::AlreadyRunning ? 0 : 1;
-  // Input goes through the window once it is shown, as a finger's would.
-  zellick::ui::afterFirstFrame(zellick.window(), zellick.window(), [&zellick, mode, n, seconds] {
-    if (mode == "--first-frame") QCoreApplication::quit();
-    if (mode == "--stress-loop") stressLoop(zellick, n);
-    if (mode == "--press-randomly") pressRandomly(zellick);
-    if (mode == "--run-clock") runClock(zellick);
-    if (mode == "--press") pressSpread(zellick, static_cast<int>(n), seconds);
-    if (mode == "--press-then-close") pressThenClose(zellick, static_cast<int>(n));
-    if (mode == "--open-more") openMore(zellick, n);
-    if (mode == "--close-on-input") closeOnInput(zellick);
-  });
-  return app.exec();
+  // Ends as the app's own main does.
+  const int code = [&] {
+    ZellickApp zellick(zellick::Environment::fromProcess(), commandLine);
+    const ZellickApp::Launch launched = zellick.launch();
+    if (launched != ZellickApp::Launch::Shown)
+      return launched == ZellickApp::Launch::AlreadyRunning ? 0 : 1;
+    // Input goes through the window once it is shown, as a finger's would.
+    zellick::ui::afterFirstFrame(zellick.window(), zellick.window(), [&zellick, mode, n, seconds] {
+      if (mode == "--first-frame") QCoreApplication::quit();
+      if (mode == "--stress-loop") stressLoop(zellick, n);
+      if (mode == "--press-randomly") pressRandomly(zellick);
+      if (mode == "--run-clock") runClock(zellick);
+      if (mode == "--press") pressSpread(zellick, static_cast<int>(n), seconds);
+      if (mode == "--press-then-close") pressThenClose(zellick, static_cast<int>(n));
+      if (mode == "--open-more") openMore(zellick, n);
+      if (mode == "--close-on-input") closeOnInput(zellick);
+    });
+    return app.exec();
+  }();
+  zellick::endProcess(code);
 }

@@ -86,4 +86,8 @@ class ZellickApp {
   std::unique_ptr<qt::QtLifecycle> lifecycle_;
 };
 
+// Ends the process with `code` once the app is gone, without the QGuiApplication's clean-up and
+// Qt's exit-time one, which wait for host-name lookups still under way.
+[[noreturn]] void endProcess(int code);
+
 }  // namespace zellick
