@@ -18,5 +18,5 @@ int main(int argc, char** argv) {
     }
   }
   // Everything of ours is saved and gone; the application's own clean-up is skipped.
-  zellick::endProcess(code);
+  return zellick::endProcess(code);
 }

@@ -9,10 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/lsan_interface.h>
-#endif
-
 #include "platform/qt/device.h"
 #include "ui/first_frame.h"
 
@@ -113,14 +109,15 @@ void ZellickApp::comeToTheFront() {
   w->requestActivate();
 }
 
-void endProcess(int code) {
+int endProcess(int code) {
+#if defined(__SANITIZE_ADDRESS__)
+  return code;
+#else
   // Qt's thread pools wait, as the application goes, for every host lookup still running, and a
   // name server that does not answer holds one for seconds; nothing of ours is left to finish.
   std::fflush(nullptr);
-#if defined(__SANITIZE_ADDRESS__)
-  __lsan_do_leak_check();
-#endif
   std::_Exit(code);
+#endif
 }
 
 }  // namespace zellick

@@ -253,5 +253,5 @@ int main(int argc, char** argv) {
     });
     return app.exec();
   }();
-  zellick::endProcess(code);
+  return zellick::endProcess(code);
 }
