@@ -220,11 +220,9 @@ std::vector<std::string> run(const Case& c, const QString& appPath, const QByteA
 int main(int argc, char** argv) {
   using namespace zellick::test;
   QCoreApplication qapp(argc, argv);
-  const Args args(qapp.arguments(), 1);
-  if (args.text("--app").isEmpty()) {
-    std::fprintf(stderr, "usage: %s --app PATH [--only NAME]\n", argv[0]);
-    return 2;
-  }
+  const std::optional<Args> parsed = rowArgs(qapp, argv[0]);
+  if (!parsed) return 2;
+  const Args& args = *parsed;
   QTemporaryDir scratch;
   const QByteArray seed = seededSettings(scratch.path());
   const std::vector<Case> all = cases();

@@ -30,6 +30,13 @@ double Args::number(const char* key, double fallback) const {
   return ok ? v : fallback;
 }
 
+std::optional<Args> rowArgs(const QCoreApplication& qapp, const char* program) {
+  Args args(qapp.arguments(), 1);
+  if (!args.text("--app").isEmpty()) return args;
+  std::fprintf(stderr, "usage: %s --app PATH [--only NAME]\n", program);
+  return std::nullopt;
+}
+
 QProcessEnvironment appEnvironment(const QTemporaryDir& dir, const QString& settings,
                                    const std::string& makerUrl) {
   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();

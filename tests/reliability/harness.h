@@ -2,6 +2,7 @@
 // Shared by the reliability harnesses: the command line, the app in a private home with its
 // output as it comes, the settings it starts on and what a new process reads back, and rows of
 // checks.
+#include <QCoreApplication>
 #include <QMap>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -25,8 +26,13 @@ struct Args {
   QMap<QString, QString> values;
 };
 
+// The command line of a table of rows: --app PATH [--only NAME]. Null (and the usage said) when
+// --app is missing.
+std::optional<Args> rowArgs(const QCoreApplication& qapp, const char* program);
+
 // Offscreen, silent, with HOME and the config, data and cache folders inside `dir`, the settings
-// at `settings`, and the maker's server at `makerUrl` when one is given.
+// at `settings`, the maker's server at `makerUrl` when one is given and every other service on a
+// loopback port that refuses.
 QProcessEnvironment appEnvironment(const QTemporaryDir& dir, const QString& settings,
                                    const std::string& makerUrl = {});
 

@@ -210,17 +210,12 @@ DefaultsValue convert(const QVariant& v, bool typed) {
       for (const QVariant& e : v.toList()) out.push_back(convert(e, typed));
       return out;
     }
-    case QMetaType::QVariantMap: {
+    case QMetaType::QVariantMap:
+    case QMetaType::QVariantHash: {
+      // A hash reads as a map: the dictionary orders its keys either way.
       DefaultsDictionary out;
       const QVariantMap map = v.toMap();
       for (auto it = map.cbegin(); it != map.cend(); ++it)
-        out.insert_or_assign(it.key().toStdString(), convert(it.value(), true));
-      return out;
-    }
-    case QMetaType::QVariantHash: {
-      DefaultsDictionary out;
-      const QVariantHash hash = v.toHash();
-      for (auto it = hash.cbegin(); it != hash.cend(); ++it)
         out.insert_or_assign(it.key().toStdString(), convert(it.value(), true));
       return out;
     }
